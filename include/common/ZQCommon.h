@@ -3,9 +3,11 @@
 
 #include "common/ZQError.h"
 #include "common/ZQExport.h"
+#include "common/ZQLength.h"
 #include "common/ZQLock.h"
 #include "common/ZQName.h"
 #include "common/ZQNameEnum.h"
 #include "common/ZQObject.h"
 #include "common/ZQString.h"
 #include "common/ZQTypeId.h"
+#include "common/ZQValue.h"
