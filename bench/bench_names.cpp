@@ -14,11 +14,10 @@ using namespace ZQCommonNS;
 namespace {
 
 // A property-sheet-like mix of built-in words.
-const char16_t* const kBuiltin[] = {
-    u"font-size",   u"color",       u"margin-top", u"page-sequence", u"block",
-    u"inline",      u"text-align",  u"auto",       u"none",          u"solid",
-    u"border-left", u"white-space", u"xml:lang",   u"table-cell",    u"start-indent",
-    u"keep-together"};
+const char16_t* const kBuiltin[] = {u"font-size", u"color",      u"margin-top",   u"page-sequence",
+                                    u"block",     u"inline",     u"text-align",   u"auto",
+                                    u"none",      u"solid",      u"border-left",  u"white-space",
+                                    u"xml:lang",  u"table-cell", u"start-indent", u"keep-together"};
 constexpr size_t kCount = sizeof(kBuiltin) / sizeof(kBuiltin[0]);
 
 struct Strings {

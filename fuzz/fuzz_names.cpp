@@ -23,8 +23,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (a != b) abort();
     const UnicodeString& back = ZQNameTable::getSharedNameString(a);
     if (text.isEmpty() ? a != ZQN_EMPTY || !back.isEmpty() : back != text) abort();
-    if (ZQName(a).isBuiltin() != (ZQNameTable::getBuiltinNameEnum(text) != ZQN_EMPTY ||
-                                  text.isEmpty())) {
+    if (ZQName(a).isBuiltin() !=
+        (ZQNameTable::getBuiltinNameEnum(text) != ZQN_EMPTY || text.isEmpty())) {
       abort();
     }
     if (ZQNameTable::getSharedNameTable()->lookupName(text) != a) abort();
