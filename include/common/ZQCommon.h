@@ -9,3 +9,4 @@
 #include "common/ZQObject.h"
 #include "common/ZQString.h"
 #include "common/ZQTypeId.h"
+#include "common/ZQUtil.h"
