@@ -10,4 +10,5 @@
 #include "common/ZQObject.h"
 #include "common/ZQString.h"
 #include "common/ZQTypeId.h"
+#include "common/ZQUtil.h"
 #include "common/ZQValue.h"

@@ -1,0 +1,15 @@
+#include "core/platform/ZQPlatformLocale.h"
+
+#include <clocale>
+#include <cstring>
+
+namespace ZQCommonNS::platform {
+
+bool numericLocaleIsC() {
+  const char* current = std::setlocale(LC_NUMERIC, nullptr);
+  return current && std::strcmp(current, "C") == 0;
+}
+
+void setNumericLocaleC() { std::setlocale(LC_NUMERIC, "C"); }
+
+}  // namespace ZQCommonNS::platform
