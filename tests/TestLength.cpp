@@ -62,12 +62,12 @@ TEST(ZQLength, InchIs72PointsAnd254Centimetres) {
 
 TEST(ZQLength, RelativeAndOtherUnitsGiveAuto) {
   const ZQUnitType notAbsolute[] = {
-      ZQUNIT_NONE, ZQUNIT_NUMBER, ZQUNIT_PERCENT, ZQUNIT_EM,    ZQUNIT_EX,    ZQUNIT_PX,
-      ZQUNIT_DEG,  ZQUNIT_RAD,    ZQUNIT_GRAD,    ZQUNIT_MS,    ZQUNIT_S,     ZQUNIT_HZ,
-      ZQUNIT_KHZ,  ZQUNIT_CHAR,   ZQUNIT_COLOR,   ZQUNIT_DPI,   ZQUNIT_PT2,   ZQUNIT_PT3,
-      ZQUNIT_REM,  ZQUNIT_VW,     ZQUNIT_VH,      ZQUNIT_VMIN,  ZQUNIT_VMAX,  ZQUNIT_PVW,
-      ZQUNIT_PVH,  ZQUNIT_PVMIN,  ZQUNIT_PVMAX,   ZQUNIT_CH,    ZQUNIT_WCH,   ZQUNIT_FR,
-      ZQUNIT_GR,   ZQUNIT_LH,     ZQUNIT_RLH,     ZQUNIT_LINES, ZQUNIT_DCEM,  ZQUNIT_CAP,
+      ZQUNIT_NONE, ZQUNIT_NUMBER, ZQUNIT_PERCENT, ZQUNIT_EM,      ZQUNIT_EX,      ZQUNIT_PX,
+      ZQUNIT_DEG,  ZQUNIT_RAD,    ZQUNIT_GRAD,    ZQUNIT_MS,      ZQUNIT_S,       ZQUNIT_HZ,
+      ZQUNIT_KHZ,  ZQUNIT_CHAR,   ZQUNIT_COLOR,   ZQUNIT_DPI,     ZQUNIT_PT2,     ZQUNIT_PT3,
+      ZQUNIT_REM,  ZQUNIT_VW,     ZQUNIT_VH,      ZQUNIT_VMIN,    ZQUNIT_VMAX,    ZQUNIT_PVW,
+      ZQUNIT_PVH,  ZQUNIT_PVMIN,  ZQUNIT_PVMAX,   ZQUNIT_CH,      ZQUNIT_WCH,     ZQUNIT_FR,
+      ZQUNIT_GR,   ZQUNIT_LH,     ZQUNIT_RLH,     ZQUNIT_LINES,   ZQUNIT_DCEM,    ZQUNIT_CAP,
       ZQUNIT_IC,   ZQUNIT_FORMAT, ZQUNIT_LOCAL,   ZQUnitType(25), ZQUnitType(48),
   };
   for (ZQUnitType unit : notAbsolute) {
@@ -144,7 +144,7 @@ TEST(ZQLength, PixelCountRoundsHalfAwayFromZero) {
   EXPECT_EQ(ZQLength(0.375f).getPixelCount(96.0f), 1);
   EXPECT_EQ(ZQLength(-0.375f).getPixelCount(96.0f), -1);
   EXPECT_EQ(ZQLength(-1.125f).getPixelCount(96.0f), -2);  // v = -1.5
-  EXPECT_EQ(ZQLength(0.3f).getPixelCount(96.0f), 0);     // v = 0.4
+  EXPECT_EQ(ZQLength(0.3f).getPixelCount(96.0f), 0);      // v = 0.4
   EXPECT_EQ(ZQLength(nan()).getPixelCount(96.0f), INT_MIN);
 }
 
