@@ -231,6 +231,11 @@ class ZQCOMMON_API ZQValue {
   ZQValueArray* getValueArray() const;
   /// The map of a compound value, otherwise null.
   ZQNamedValueMap* getNamedValueMap() const;
+  /// The colour of a colour value or colour name; transparent when it holds none.
+  ZQColor getColorValue() const;
+  /// The colour of a colour value or colour name; when it holds none, the invalid colour if
+  /// `strict`, otherwise transparent.
+  ZQColor getColorValue(bool strict) const;
   /// 0 for null, the item count of an array, and 1 for any other value.
   int getArrayCount() const;
   /// The text of a unit ("pt", "%", ...); units without text give the empty string.
@@ -320,4 +325,5 @@ static_assert(sizeof(ZQValue) == 16, "a value is two 64-bit words");
 }  // namespace ZQCommonNS
 
 // The value classes that ZQValue hands out by value.
+#include "common/ZQColor.h"
 #include "common/ZQLength.h"

@@ -520,6 +520,7 @@ UnicodeString ZQValue::toString() const {
     default:
       break;
   }
+  if (isColor()) return getColorValue().toString(false);
   if (isArray()) {
     UnicodeString text;
     bool first = true;
@@ -610,6 +611,8 @@ bool ZQValue::sameTypeEqual(const ZQValue& other) const {
       if (!m_payload.s || !other.m_payload.s) return m_payload.s == other.m_payload.s;
       return *m_payload.s == *other.m_payload.s;
     default:
+      // Two colours in compound form are equal when their colours are.
+      if (isColor() && other.isColor()) return getColorValue() == other.getColorValue();
       return m_payload.o == other.m_payload.o;
   }
 }
