@@ -276,6 +276,38 @@ class ZQCOMMON_API ZQValue {
   /// Removes a member of a compound; any other value is left alone.
   void removeNamedItem(ZQName name);
 
+  /// Resolves percentages against `base` (multiplying) and adds up the items of an array.
+  ZQValue sumItem(const ZQValue& base) const;
+  /// Negates a value, or each item of an array into a new array.
+  void invertItem();
+  /// Divides a value, or each item of an array into a new array, by `v`.
+  void devideEachItem(const ZQValue& v);
+  /// Multiplies a value, or each item of an array into a new array, by `v`.
+  void multipleEachItem(const ZQValue& v);
+
+  // Arithmetic with units. A sum needs one unit after normalization, a product a plain number
+  // or lengths in points; anything without meaning makes the left side null.
+  ZQValue& operator+=(const ZQValue& other);
+  ZQValue& operator-=(const ZQValue& other);
+  ZQValue& operator*=(const ZQValue& other);
+  ZQValue& operator/=(const ZQValue& other);
+  ZQValue& operator%=(const ZQValue& other);
+  friend ZQValue operator+(const ZQValue& a, const ZQValue& b) { return ZQValue(a) += b; }
+  friend ZQValue operator-(const ZQValue& a, const ZQValue& b) { return ZQValue(a) -= b; }
+  friend ZQValue operator*(const ZQValue& a, const ZQValue& b) { return ZQValue(a) *= b; }
+  friend ZQValue operator/(const ZQValue& a, const ZQValue& b) { return ZQValue(a) /= b; }
+  friend ZQValue operator%(const ZQValue& a, const ZQValue& b) { return ZQValue(a) %= b; }
+  /// A number negated with its flags kept; anything else null.
+  ZQValue operator-() const;
+  /// For a plain number (unit 1): an integer itself, a real floorf(x); anything else null.
+  ZQValue floor() const;
+  /// For a plain number: an integer itself, a real ceilf(x); anything else null.
+  ZQValue ceiling() const;
+  /// For a plain number: an integer itself, a real floorf(x + 0.5); anything else null.
+  ZQValue round() const;
+  /// A number without its sign, flags kept; anything else null.
+  ZQValue abs() const;
+
   // Comparison and order; numbers compare across units of one kind.
   bool operator==(const ZQValue& other) const;
   bool operator!=(const ZQValue& other) const { return !(*this == other); }
@@ -315,6 +347,10 @@ class ZQCOMMON_API ZQValue {
   /// Numeric and real with its unit kept: an integer becomes a real of the same number.
   void makeReal() noexcept;
   bool sameTypeEqual(const ZQValue& other) const;
+  /// Normalizes both sides of a sum; false when their units still differ.
+  bool alignForSum(ZQValue& right);
+  /// Puts `array` in place of the array held, keeping the flags.
+  void replaceArray(ZQValueArray* array);
 
   Payload m_payload;
   uint64_t m_flags;
