@@ -54,7 +54,13 @@ class ZQCOMMON_API ZQNamedValueMap : public ZQRCObject {
   ZQNamedValue getNamedItem(ZQName name) const;
   /// Assigns the member's value to `result` if found; otherwise `result` is left as it is,
   /// so the caller presets its default. An empty map touches nothing.
-  void getNamedItemFast(ZQName name, ZQValue& result) const;
+  void getNamedItemFast(ZQName name, ZQValue& result) const {
+    if (m_items.empty()) return;
+    int pos = find(name);
+    if (pos < 0) return;
+    result = m_items[static_cast<size_t>(pos)];
+    result.m_flags &= 0x1FFu;  // a free-standing result does not carry the member's key
+  }
   /// Adds a member at the end, or gives an existing member of that name the new value in
   /// its old position.
   void setNamedItem(ZQName name, const ZQValue& value);
@@ -69,15 +75,40 @@ class ZQCOMMON_API ZQNamedValueMap : public ZQRCObject {
  private:
   friend class ZQNamedValueMapIterator;
 
-  int find(ZQNameEnum name) const;
+  /// Position of the member of that name, or -1.
+  int find(ZQNameEnum name) const {
+    if (!m_index.empty()) return findIndexed(name);
+    const size_t n = m_items.size();
+    for (size_t i = 0; i < n; ++i) {
+      if (m_items[i].getNameBits() == name) return static_cast<int>(i);
+    }
+    return -1;
+  }
+  int findIndexed(ZQNameEnum name) const {
+    const uint32_t mask = static_cast<uint32_t>(m_index.size() - 1);
+    for (uint32_t slot = slotOf(name, m_indexShift);; slot = (slot + 1) & mask) {
+      const Slot& entry = m_index[slot];
+      if (entry.position == 0) return -1;
+      if (entry.name == name) return entry.position - 1;
+    }
+  }
+  static uint32_t slotOf(ZQNameEnum name, unsigned shift) {
+    return (static_cast<uint32_t>(name) * 0x9E3779B1u) >> shift;
+  }
   void append(ZQNamedValue&& member);
   void rebuildIndex();
   void indexInsert(ZQNameEnum name, int position);
 
+  // A slot of the index: a key and its position + 1 (0 is an empty slot).
+  struct Slot {
+    ZQNameEnum name;
+    int32_t position;
+  };
+
   // Members in insertion order. Small maps are searched in order; larger ones through an
-  // open-addressing index of positions + 1 (0 is an empty slot).
+  // open-addressing index, at most half full, so a probe always ends on an empty slot.
   std::vector<ZQNamedValue> m_items;
-  std::vector<int32_t> m_index;
+  std::vector<Slot> m_index;
   unsigned m_indexShift = 32;
 };
 

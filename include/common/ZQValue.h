@@ -122,11 +122,25 @@ class ZQCOMMON_API ZQValue {
   ZQValue(const char16_t*) = delete;
   ZQValue(const char*) = delete;
   /// Copies flags and payload: a string is duplicated, an object gets one more reference.
-  ZQValue(const ZQValue& other);
-  ZQValue(ZQValue&& other) noexcept;
-  ~ZQValue();
+  ZQValue(const ZQValue& other) : m_payload(other.m_payload), m_flags(other.m_flags) {
+    if (ownsPayload()) copyOwned(other);
+  }
+  ZQValue(ZQValue&& other) noexcept : m_payload(other.m_payload), m_flags(other.m_flags) {
+    other.m_payload.raw = 0;
+    other.m_flags = 0;
+  }
+  ~ZQValue() {
+    if (ownsPayload()) release();
+  }
 
-  ZQValue& operator=(const ZQValue& other);
+  ZQValue& operator=(const ZQValue& other) {
+    if (!ownsPayload() && !other.ownsPayload()) {
+      m_payload = other.m_payload;
+      m_flags = other.m_flags;
+      return *this;
+    }
+    return assignOwned(other);
+  }
   ZQValue& operator=(ZQValue&& other) noexcept;
   /// Assignment of NULL_VALUE.
   void clear();
@@ -340,8 +354,12 @@ class ZQCOMMON_API ZQValue {
     ZQRCObject* o;
   };
 
+  /// Strings, objects, arrays and compounds own what their payload points to.
+  bool ownsPayload() const { return (m_flags & 7u) >= ZQVALUE_STRING; }
   void release() noexcept;
-  void copyFrom(const ZQValue& other);
+  /// Second half of a copy whose words are already copied: duplicates or references.
+  void copyOwned(const ZQValue& other);
+  ZQValue& assignOwned(const ZQValue& other);
   /// The float of a numeric value (an integer converted).
   float numberAsFloat() const { return isReal() ? m_payload.f : static_cast<float>(m_payload.i); }
   /// Numeric and real with its unit kept: an integer becomes a real of the same number.

@@ -9,10 +9,6 @@ namespace {
 // Up to this many members a scan in order is faster than any hashing.
 constexpr size_t kLinearLimit = 8;
 
-inline uint32_t slotOf(ZQNameEnum name, unsigned shift) {
-  return (static_cast<uint32_t>(name) * 0x9E3779B1u) >> shift;
-}
-
 }  // namespace
 
 // ---- ZQNamedValue ----
@@ -37,27 +33,11 @@ ZQNamedValueMap::ZQNamedValueMap() = default;
 
 ZQNamedValueMap::~ZQNamedValueMap() = default;
 
-int ZQNamedValueMap::find(ZQNameEnum name) const {
-  if (m_index.empty()) {
-    const size_t n = m_items.size();
-    for (size_t i = 0; i < n; ++i) {
-      if (m_items[i].getNameBits() == name) return static_cast<int>(i);
-    }
-    return -1;
-  }
-  const uint32_t mask = static_cast<uint32_t>(m_index.size() - 1);
-  for (uint32_t slot = slotOf(name, m_indexShift);; slot = (slot + 1) & mask) {
-    int32_t entry = m_index[slot];
-    if (entry == 0) return -1;
-    if (m_items[static_cast<size_t>(entry - 1)].getNameBits() == name) return entry - 1;
-  }
-}
-
 void ZQNamedValueMap::indexInsert(ZQNameEnum name, int position) {
   const uint32_t mask = static_cast<uint32_t>(m_index.size() - 1);
   uint32_t slot = slotOf(name, m_indexShift);
-  while (m_index[slot] != 0) slot = (slot + 1) & mask;
-  m_index[slot] = position + 1;
+  while (m_index[slot].position != 0) slot = (slot + 1) & mask;
+  m_index[slot] = Slot{name, position + 1};
 }
 
 void ZQNamedValueMap::rebuildIndex() {
@@ -67,7 +47,7 @@ void ZQNamedValueMap::rebuildIndex() {
   // At most half full, so probes stay short and always end on an empty slot.
   unsigned bits = 4;
   while ((size_t(1) << bits) < m_items.size() * 2) ++bits;
-  m_index.assign(size_t(1) << bits, 0);
+  m_index.assign(size_t(1) << bits, Slot{ZQN_EMPTY, 0});
   m_indexShift = 32 - bits;
   for (size_t i = 0; i < m_items.size(); ++i) {
     indexInsert(m_items[i].getNameBits(), static_cast<int>(i));
@@ -94,15 +74,6 @@ ZQNamedValue ZQNamedValueMap::getNamedItem(ZQName name) const {
   int pos = find(name);
   if (pos < 0) return ZQNamedValue::NULL_VALUE;
   return m_items[static_cast<size_t>(pos)];
-}
-
-void ZQNamedValueMap::getNamedItemFast(ZQName name, ZQValue& result) const {
-  if (m_items.empty()) return;
-  int pos = find(name);
-  if (pos < 0) return;
-  result = m_items[static_cast<size_t>(pos)];
-  // The result is a free-standing value: it does not carry the member's key.
-  result.m_flags &= 0x1FFu;
 }
 
 void ZQNamedValueMap::setNamedItem(ZQName name, const ZQValue& value) {

@@ -87,15 +87,6 @@ ZQValue::ZQValue(ZQNamedValueMap* map) : m_payload{0}, m_flags(0) {
   }
 }
 
-ZQValue::ZQValue(const ZQValue& other) : m_payload{0}, m_flags(0) { copyFrom(other); }
-
-ZQValue::ZQValue(ZQValue&& other) noexcept : m_payload(other.m_payload), m_flags(other.m_flags) {
-  other.m_payload.raw = 0;
-  other.m_flags = 0;
-}
-
-ZQValue::~ZQValue() { release(); }
-
 void ZQValue::release() noexcept {
   switch (getValueType()) {
     case ZQVALUE_STRING:
@@ -112,25 +103,15 @@ void ZQValue::release() noexcept {
   m_payload.raw = 0;
 }
 
-void ZQValue::copyFrom(const ZQValue& other) {
-  switch (other.getValueType()) {
-    case ZQVALUE_STRING:
-      m_payload.s = other.m_payload.s ? new UnicodeString(*other.m_payload.s) : nullptr;
-      break;
-    case ZQVALUE_OBJECT:
-    case ZQVALUE_ARRAY:
-    case ZQVALUE_COMPOUND:
-      m_payload.o = other.m_payload.o;
-      if (m_payload.o) m_payload.o->addRef();
-      break;
-    default:
-      m_payload.raw = other.m_payload.raw;
-      break;
+void ZQValue::copyOwned(const ZQValue& other) {
+  if (getValueType() == ZQVALUE_STRING) {
+    m_payload.s = other.m_payload.s ? new UnicodeString(*other.m_payload.s) : nullptr;
+  } else if (m_payload.o) {
+    m_payload.o->addRef();
   }
-  m_flags = other.m_flags;
 }
 
-ZQValue& ZQValue::operator=(const ZQValue& other) {
+ZQValue& ZQValue::assignOwned(const ZQValue& other) {
   if (this == &other) return *this;
   // Copy first: `other` may live inside what this value holds.
   ZQValue copy(other);
