@@ -959,6 +959,9 @@ std::vector<ZQColor> oneOfEachKind() {
   ZQColor h;
   h.setHSL(300, 0.5f, 0.25f);
   out.push_back(h);
+  ZQColor nearFull;
+  nearFull.setHSL(359.99997f, 1.0f, 0.5f);
+  out.push_back(nearFull);
   h.setAlpha(0.125f);
   out.push_back(h);
   out.push_back(ZQColor(0.1f, 0.2f, 0.3f, 0.4f));

@@ -112,8 +112,14 @@ ZQColor ZQValue::getColorValue(bool strict) const {
                     readReal(inner, ZQN_cyan), readReal(inner, ZQN_magenta),
                     readReal(inner, ZQN_yellow), readReal(inner, ZQN_black));
       } else if (!(inner = getNamedItem(ZQName(ZQN_hash_HSL))).isNull()) {
-        color.setHSL(readReal(inner, ZQN_hue), readReal(inner, ZQN_saturation),
-                     readReal(inner, ZQN_lightness));
+        float hue = readReal(inner, ZQN_hue);
+        color.setHSL(hue, readReal(inner, ZQN_saturation), readReal(inner, ZQN_lightness));
+        // A hue already in range is kept as written: reducing it again could round it
+        // (359.99997 + 360 is 720 in floats).
+        if (hue >= 0.0f && hue < 360.0f) {
+          color.setReal(0, hue);
+          color.m_rgb = ZQColor::hsl2rgb(hue, color.getS(), color.getL());
+        }
       } else if (!(inner = getNamedItem(ZQName(ZQN_hash_hash_RGBA))).isNull()) {
         unsigned int rgb =
             static_cast<unsigned int>(inner.getNamedItem(ZQName()).getIntegerValue());
