@@ -19,7 +19,7 @@ class ZQCOMMON_API ZQChar {
   ZQChar() = delete;
 
   /// Vertical orientation of a character (UTR #50); the values are bit-like.
-  enum TR50Property {
+  enum TR50Property : int {
     TR50_UPRIGHT = 1,
     TR50_ROTATED = 2,
     TR50_SPECIAL = 8,               // one character only (U+2008)
@@ -32,8 +32,8 @@ class ZQCOMMON_API ZQChar {
   /// Per-character overrides of the built-in orientation table.
   using TR50Overrides = std::unordered_map<int, TR50VO>;
 
-  /// How `isInseparableCharEx` treats runs of dashes and leaders.
-  enum INSEPARABLECHAR_METHOD {
+  /// How `isInseparableCharEx` treats runs of dashes and leaders; any other value answers false.
+  enum INSEPARABLECHAR_METHOD : int {
     INSEPARABLE_ALWAYS = 0,      // every equal pair holds together
     INSEPARABLE_SHORT_RUNS = 1,  // runs of more than three may break inside
     INSEPARABLE_EXACT_PAIR = 2   // only an exact pair holds together
