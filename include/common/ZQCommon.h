@@ -1,6 +1,7 @@
 // Umbrella header: everything the library offers.
 #pragma once
 
+#include "common/ZQChar.h"
 #include "common/ZQError.h"
 #include "common/ZQExport.h"
 #include "common/ZQLock.h"
