@@ -9,3 +9,5 @@
 #include "common/ZQObject.h"
 #include "common/ZQString.h"
 #include "common/ZQTypeId.h"
+#include "common/ZQUri.h"
+#include "common/ZQXmlCatalogs.h"

@@ -1,0 +1,115 @@
+// Building blocks of URI text shared by the ZQUri sources: scheme test, safe characters,
+// validity, escaping. They work on views so that resolution copies text only once.
+#pragma once
+
+#include <unicode/unistr.h>
+
+#include <string_view>
+
+namespace ZQCommonNS::uritext {
+
+using View = std::u16string_view;
+using icu::UnicodeString;
+
+inline View view(const UnicodeString& s) {
+  return View(s.getBuffer() ? s.getBuffer() : u"", static_cast<size_t>(s.length()));
+}
+
+inline bool isAsciiLetter(char16_t c) { return (c | 0x20) >= u'a' && (c | 0x20) <= u'z'; }
+inline bool isAsciiDigit(char16_t c) { return c >= u'0' && c <= u'9'; }
+inline bool isHexDigit(char16_t c) {
+  return isAsciiDigit(c) || ((c | 0x20) >= u'a' && (c | 0x20) <= u'f');
+}
+inline char16_t asciiLower(char16_t c) { return c >= u'A' && c <= u'Z' ? c + 0x20 : c; }
+
+/// Index of the colon that ends a scheme of two characters or more, or -1.
+inline int findSchemeEnd(View s) {
+  if (s.empty() || !isAsciiLetter(s[0])) return -1;
+  for (size_t i = 1; i < s.size(); ++i) {
+    char16_t c = s[i];
+    if (c == u':') return i >= 2 ? static_cast<int>(i) : -1;
+    if (!(isAsciiLetter(c) || isAsciiDigit(c) || c == u'+' || c == u'-' || c == u'.')) return -1;
+  }
+  return -1;
+}
+inline bool hasScheme(View s) { return findSchemeEnd(s) >= 0; }
+
+/// Characters a URI may hold as they are; from U+00A0 up everything is, so the stored form
+/// is an IRI.
+struct SafeTable {
+  bool safe[160];
+  constexpr SafeTable() : safe() {
+    for (int c = 0; c < 160; ++c) {
+      safe[c] = (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+    }
+    for (char c : std::string_view("!#$&'()*+,-./:;=?@[]_~")) safe[static_cast<int>(c)] = true;
+  }
+};
+inline constexpr SafeTable kSafe{};
+inline bool isUriSafeChar(char16_t c) { return c >= 0xA0 || kSafe.safe[c]; }
+
+/// True when `s` has a scheme, or else every '%' starts an escape and all else is safe.
+inline bool isValidUriString(View s) {
+  if (hasScheme(s)) return true;
+  const size_t n = s.size();
+  for (size_t i = 0; i < n; ++i) {
+    char16_t c = s[i];
+    if (c == u'%') {
+      if (i + 2 >= n || !isHexDigit(s[i + 1]) || !isHexDigit(s[i + 2])) return false;
+      i += 2;
+    } else if (!isUriSafeChar(c)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+/// Appends `s` with each unsafe character as "%XX" of its low byte; with `sharpToo` each '#'
+/// becomes "%23" as well.
+inline void appendEscaped(UnicodeString& out, View s, bool sharpToo = false) {
+  static constexpr char16_t kHex[] = u"0123456789ABCDEF";
+  size_t run = 0;  // start of the pending run of safe characters
+  for (size_t i = 0; i < s.size(); ++i) {
+    char16_t c = s[i];
+    if (isUriSafeChar(c) && !(sharpToo && c == u'#')) continue;
+    if (i > run) out.append(s.data() + run, static_cast<int32_t>(i - run));
+    char16_t esc[3] = {u'%', kHex[(c >> 4) & 0xF], kHex[c & 0xF]};
+    out.append(esc, 3);
+    run = i + 1;
+  }
+  if (s.size() > run) out.append(s.data() + run, static_cast<int32_t>(s.size() - run));
+}
+
+inline void append(UnicodeString& out, View s) {
+  if (!s.empty()) out.append(s.data(), static_cast<int32_t>(s.size()));
+}
+
+/// `s` cut at its first '?'.
+inline View removeQuery(View s) {
+  size_t q = s.find(u'?');
+  return q == View::npos ? s : s.substr(0, q);
+}
+
+/// At least two characters from `pos`, an ASCII letter followed by ':'.
+inline bool hasDriveLetter(View s, size_t pos) {
+  return pos + 1 < s.size() && s[pos + 1] == u':' && isAsciiLetter(s[pos]);
+}
+
+inline bool startsWithNoCase(View s, std::u16string_view lowerPrefix) {
+  if (s.size() < lowerPrefix.size()) return false;
+  for (size_t i = 0; i < lowerPrefix.size(); ++i) {
+    if (asciiLower(s[i]) != lowerPrefix[i]) return false;
+  }
+  return true;
+}
+
+inline bool startsWith(View s, std::u16string_view prefix) {
+  return s.size() >= prefix.size() && s.substr(0, prefix.size()) == prefix;
+}
+
+/// The white space that UnicodeString::trim removes.
+bool isTrimSpace(UChar32 c);
+/// True when `s` is empty once trimmed.
+bool isBlank(View s);
+
+}  // namespace ZQCommonNS::uritext
