@@ -177,9 +177,9 @@ class ZQCOMMON_API ZQUri {
  protected:
   /// Classification that drives normalisation and resolution (values 0 to 3).
   enum UriStringKind {
-    KIND_REFERENCE = 0,  ///< escaped only if not valid as it stands
-    KIND_LITERAL = 1,    ///< escaped always, '#' too
-    KIND_PATH = 2,       ///< converted to a "file:" URI where rooted
+    KIND_REFERENCE = 0,    ///< escaped only if not valid as it stands
+    KIND_LITERAL = 1,      ///< escaped always, '#' too
+    KIND_PATH = 2,         ///< converted to a "file:" URI where rooted
     KIND_PATH_OR_URI = 3,  ///< a path unless it has a scheme, then a reference
     /// Added to KIND_PATH_OR_URI for a string that names an existing file: its '#' belongs to
     /// the name, so it is never a fragment and is written "%23" once the name is escaped.

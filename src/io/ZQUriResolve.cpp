@@ -1,8 +1,6 @@
 // Construction of ZQUri: preparation of the caller's string, normalisation without a base and
 // resolution against one. Resolution writes its result once into one string; dot segments are
 // removed in place in linear time, so hostile input cannot make it quadratic.
-#include <unicode/uchar.h>
-
 #include "common/ZQName.h"
 #include "common/ZQUri.h"
 #include "common/ZQXmlCatalogs.h"
@@ -12,26 +10,6 @@
 namespace ZQCommonNS {
 
 using namespace uritext;
-
-namespace uritext {
-
-bool isTrimSpace(UChar32 c) { return c == 0x20 || u_isWhitespace(c); }
-
-bool isBlank(View s) {
-  for (size_t i = 0; i < s.size(); ++i) {
-    char16_t c = s[i];
-    if (c > 0x20 && c < 0x7F) return false;  // the common case, without a property look-up
-    UChar32 cp = c;
-    if (U16_IS_LEAD(c) && i + 1 < s.size() && U16_IS_TRAIL(s[i + 1])) {
-      cp = U16_GET_SUPPLEMENTARY(c, s[i + 1]);
-      ++i;
-    }
-    if (!isTrimSpace(cp)) return false;
-  }
-  return true;
-}
-
-}  // namespace uritext
 
 namespace {
 
@@ -64,36 +42,6 @@ View withSlashes(View s, UnicodeString& buf, bool& changed) {
   }
   buf.releaseBuffer(len32(s.size()));
   return view(buf);
-}
-
-/// Removes dot segments from s[0..n) in place and returns the new length. The effect is that
-/// of the told loop: every "/./" goes first; then the first "/../" is removed with the segment
-/// before it, again and again, until one has no '/' before it, which ends the work.
-size_t removeDotSegments(char16_t* s, size_t n) {
-  // "/./" -> "/". Rewriting cannot create an occurrence left of the one just removed, so one
-  // pass from the left reaches the same result as repeated first-occurrence removal.
-  size_t w = 0;
-  for (size_t r = 0; r < n; ++r) {
-    s[w++] = s[r];
-    if (s[w - 1] == u'/' && w >= 3 && s[w - 2] == u'.' && s[w - 3] == u'/') w -= 2;
-  }
-  n = w;
-  // "/seg/../" -> "/". Removal cannot create an earlier "/../" nor a new "/./".
-  w = 0;
-  for (size_t r = 0; r < n; ++r) {
-    s[w++] = s[r];
-    if (s[w - 1] == u'/' && w >= 4 && s[w - 2] == u'.' && s[w - 3] == u'.' && s[w - 4] == u'/') {
-      size_t at = w - 4;
-      size_t j = at;
-      while (j > 0 && s[j - 1] != u'/') --j;
-      if (j == 0) {  // no '/' before it: the rest stays as it is
-        for (size_t k = r + 1; k < n; ++k) s[w++] = s[k];
-        return w;
-      }
-      w = j;  // s[j - 1] is the '/' that stays
-    }
-  }
-  return w;
 }
 
 /// True when the text of `v` lies in the buffer of `s`.
@@ -184,8 +132,7 @@ void resolveInto(UnicodeString& out, View baseText, View r, int kindWithFlags) {
   }
 
   // Absolute references are never resolved; a base without '/' is none.
-  if (hasScheme(r) || baseText.empty() || baseText == u"./" ||
-      baseText.find(u'/') == View::npos) {
+  if (hasScheme(r) || baseText.empty() || baseText == u"./" || baseText.find(u'/') == View::npos) {
     append(out, r);
     append(out, fragment);
     return;
@@ -193,7 +140,7 @@ void resolveInto(UnicodeString& out, View baseText, View r, int kindWithFlags) {
 
   // Split the base into what every path keeps and the path.
   View b = baseText;
-  size_t split = 0;           // prefix = b[0, split)
+  size_t split = 0;              // prefix = b[0, split)
   bool slashBeforePath = false;  // a '/' that the base lacks goes in front of the path
   const int colon = findSchemeEnd(b);
   if (colon < 0) {
@@ -357,7 +304,8 @@ int ZQUri::prepareUriString(UnicodeString& str, URISTRTYPE type) {
   if (type == URISTR_PATH || type == URISTR_CSS_PATH) {
     kind = KIND_PATH_OR_URI;
   } else {
-    kind = uritext::hasDriveLetter(view(str), 0) || str.indexOf(u'\\') >= 0 ? KIND_PATH : KIND_REFERENCE;
+    kind = uritext::hasDriveLetter(view(str), 0) || str.indexOf(u'\\') >= 0 ? KIND_PATH
+                                                                            : KIND_REFERENCE;
   }
   if (type == URISTR_CSS_URI || type == URISTR_CSS_PATH) {
     const int32_t n = str.length();

@@ -2,7 +2,9 @@
 // validity, escaping. They work on views so that resolution copies text only once.
 #pragma once
 
+#include <unicode/uchar.h>
 #include <unicode/unistr.h>
+#include <unicode/utf16.h>
 
 #include <string_view>
 
@@ -108,8 +110,50 @@ inline bool startsWith(View s, std::u16string_view prefix) {
 }
 
 /// The white space that UnicodeString::trim removes.
-bool isTrimSpace(UChar32 c);
-/// True when `s` is empty once trimmed.
-bool isBlank(View s);
+inline bool isTrimSpace(UChar32 c) { return c == 0x20 || u_isWhitespace(c); }
+
+inline bool isBlank(View s) {
+  for (size_t i = 0; i < s.size(); ++i) {
+    char16_t c = s[i];
+    if (c > 0x20 && c < 0x7F) return false;  // the common case, without a property look-up
+    UChar32 cp = c;
+    if (U16_IS_LEAD(c) && i + 1 < s.size() && U16_IS_TRAIL(s[i + 1])) {
+      cp = U16_GET_SUPPLEMENTARY(c, s[i + 1]);
+      ++i;
+    }
+    if (!isTrimSpace(cp)) return false;
+  }
+  return true;
+}
+
+/// Removes dot segments from s[0..n) in place and returns the new length. The effect is that
+/// of the told loop: every "/./" goes first; then the first "/../" is removed with the segment
+/// before it, again and again, until one has no '/' before it, which ends the work.
+inline size_t removeDotSegments(char16_t* s, size_t n) {
+  // "/./" -> "/". Rewriting cannot create an occurrence left of the one just removed, so one
+  // pass from the left reaches the same result as repeated first-occurrence removal.
+  size_t w = 0;
+  for (size_t r = 0; r < n; ++r) {
+    s[w++] = s[r];
+    if (s[w - 1] == u'/' && w >= 3 && s[w - 2] == u'.' && s[w - 3] == u'/') w -= 2;
+  }
+  n = w;
+  // "/seg/../" -> "/". Removal cannot create an earlier "/../" nor a new "/./".
+  w = 0;
+  for (size_t r = 0; r < n; ++r) {
+    s[w++] = s[r];
+    if (s[w - 1] == u'/' && w >= 4 && s[w - 2] == u'.' && s[w - 3] == u'.' && s[w - 4] == u'/') {
+      size_t at = w - 4;
+      size_t j = at;
+      while (j > 0 && s[j - 1] != u'/') --j;
+      if (j == 0) {  // no '/' before it: the rest stays as it is
+        for (size_t k = r + 1; k < n; ++k) s[w++] = s[k];
+        return w;
+      }
+      w = j;  // s[j - 1] is the '/' that stays
+    }
+  }
+  return w;
+}
 
 }  // namespace ZQCommonNS::uritext

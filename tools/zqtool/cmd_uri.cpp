@@ -9,8 +9,10 @@ namespace {
 
 bool parseType(const std::string& name, ZQUri::URISTRTYPE& type) {
   static const std::pair<const char*, ZQUri::URISTRTYPE> kTypes[] = {
-      {"uri", ZQUri::URISTR_URI},         {"path", ZQUri::URISTR_PATH},
-      {"css-uri", ZQUri::URISTR_CSS_URI}, {"css-path", ZQUri::URISTR_CSS_PATH},
+      {"uri", ZQUri::URISTR_URI},
+      {"path", ZQUri::URISTR_PATH},
+      {"css-uri", ZQUri::URISTR_CSS_URI},
+      {"css-path", ZQUri::URISTR_CSS_PATH},
       {"auto", ZQUri::URISTR_AUTO}};
   for (const auto& [text, value] : kTypes) {
     if (name == text) {

@@ -10,46 +10,9 @@
 
 namespace ZQCommonNS::platform {
 
-std::string nativePath(std::string_view toldPath) {
-  std::string native(toldPath);
-  for (char& c : native) {
-    if (c == '\\') c = '/';
-  }
-  return native;
-}
-
 bool pathAccess(std::string_view toldPath, int mode) {
   if (toldPath.empty() || toldPath.find('\0') != std::string_view::npos) return false;
   return ::access(nativePath(toldPath).c_str(), mode) == 0;
-}
-
-bool isNetworkFileSystem(unsigned long type, std::string_view fuseSubtype) {
-  switch (type & 0xFFFFFFFFul) {
-    case 0x6969ul:      // NFS
-    case 0x517Bul:      // SMB
-    case 0xFF534D42ul:  // CIFS
-    case 0xFE534D42ul:  // SMB2
-    case 0x73757245ul:  // Coda
-    case 0x5346414Ful:  // AFS
-    case 0x6B414653ul:  // kAFS
-    case 0x564Cul:      // NCP
-    case 0x01021997ul:  // 9P
-    case 0x00C36400ul:  // Ceph
-      return true;
-    case 0x65735546ul: {  // FUSE: only its network file systems count
-      static constexpr std::string_view kNetwork[] = {
-          "sshfs",    "s3fs",     "rclone",   "gcsfuse",    "curlftpfs", "davfs",
-          "davfs2",   "glusterfs", "ceph-fuse", "smbnetfs", "gvfsd-fuse", "goofys",
-          "blobfuse", "blobfuse2", "mfs",      "lizardfs",  "juicefs",   "afpfs",
-          "httpfs",   "nfs",      "cifs"};
-      for (std::string_view name : kNetwork) {
-        if (fuseSubtype == name) return true;
-      }
-      return false;
-    }
-    default:
-      return false;
-  }
 }
 
 namespace {
@@ -58,8 +21,8 @@ namespace {
 std::string unescapeMountField(const std::string& field) {
   std::string out;
   for (size_t i = 0; i < field.size(); ++i) {
-    if (field[i] == '\\' && i + 3 < field.size() && field[i + 1] >= '0' && field[i + 1] <= '7' && field[i + 2] >= '0' && field[i + 2] <= '7' &&
-        field[i + 3] >= '0' && field[i + 3] <= '7') {
+    if (field[i] == '\\' && i + 3 < field.size() && field[i + 1] >= '0' && field[i + 1] <= '7' &&
+        field[i + 2] >= '0' && field[i + 2] <= '7' && field[i + 3] >= '0' && field[i + 3] <= '7') {
       out += static_cast<char>((field[i + 1] - '0') * 64 + (field[i + 2] - '0') * 8 +
                                (field[i + 3] - '0'));
       i += 3;
@@ -91,8 +54,8 @@ std::string fuseSubtypeOf(const std::string& path) {
     }
     std::string mountPoint = unescapeMountField(fields[4]);
     size_t typeEnd = line.find(' ', sep + 3);
-    std::string type = line.substr(sep + 3, typeEnd == std::string::npos ? std::string::npos
-                                                                         : typeEnd - sep - 3);
+    std::string type =
+        line.substr(sep + 3, typeEnd == std::string::npos ? std::string::npos : typeEnd - sep - 3);
     bool inside = target == mountPoint || mountPoint == "/" ||
                   (target.compare(0, mountPoint.size(), mountPoint) == 0 &&
                    target.size() > mountPoint.size() && target[mountPoint.size()] == '/');

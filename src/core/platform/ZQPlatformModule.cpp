@@ -94,8 +94,7 @@ std::string loadedModuleDirectory(const std::string& name) {
       &search);
   if (search.found.empty()) return {};
   // A library found through the search path may be named relatively: make it absolute.
-  std::unique_ptr<char, void (*)(void*)> real(::realpath(search.found.c_str(), nullptr),
-                                              std::free);
+  std::unique_ptr<char, void (*)(void*)> real(::realpath(search.found.c_str(), nullptr), std::free);
   return directoryOf(real ? std::string(real.get()) : search.found);
 }
 
