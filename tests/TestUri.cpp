@@ -366,3 +366,17 @@ TEST(UriConstruct, EmptyBaseMeansNormalisation) {
   EXPECT_EQ(str(ZQUri(empty, u"C:\\a.xml", ZQUri::URISTR_URI)), u"file:///C:/a.xml");
   EXPECT_EQ(str(ZQUri(empty, u"#f", ZQUri::URISTR_URI)), u"#f");
 }
+
+TEST(UriText, FindCharAgreesWithAPlainSearch) {
+  std::u16string s;
+  for (size_t len = 0; len < 40; ++len) {
+    for (size_t at = 0; at <= len; ++at) {
+      s.assign(len, u'a');
+      if (at < len) s[at] = u'?';
+      for (size_t from = 0; from <= len + 1; ++from) {
+        size_t expected = from <= len ? s.find(u'?', from) : std::u16string::npos;
+        ASSERT_EQ(uritext::findChar(s, u'?', from), expected) << len << " " << at << " " << from;
+      }
+    }
+  }
+}

@@ -17,7 +17,8 @@ inline int32_t len32(size_t n) { return static_cast<int32_t>(n); }
 
 /// Appends a path that already holds forward slashes as a "file:" URI where it is rooted (drive
 /// letter or "//"); returns false, appending nothing, for a path that stays as it is.
-bool appendPathAsFileUri(UnicodeString& out, View s, bool sharpToo) {
+template <class Out>
+bool appendPathAsFileUri(Out& out, View s, bool sharpToo) {
   if (hasDriveLetter(s, 0)) {
     out.append(u"file:///", 8);
   } else if (startsWith(s, u"//")) {
@@ -30,42 +31,42 @@ bool appendPathAsFileUri(UnicodeString& out, View s, bool sharpToo) {
 }
 
 /// `s` with its backslashes as slashes, in `buf` when any changed.
-View withSlashes(View s, UnicodeString& buf, bool& changed) {
-  size_t b = s.find(u'\\');
+View withSlashes(View s, TextBuf& buf, bool& changed) {
+  size_t b = findChar(s, u'\\');
   changed = b != View::npos;
   if (!changed) return s;
-  buf.remove();
+  buf.clear();
   append(buf, s);
-  char16_t* p = buf.getBuffer(-1);
+  char16_t* p = buf.data();
   for (size_t i = b; i < s.size(); ++i) {
     if (p[i] == u'\\') p[i] = u'/';
   }
-  buf.releaseBuffer(len32(s.size()));
-  return view(buf);
+  return buf.view();
 }
 
 /// True when the text of `v` lies in the buffer of `s`.
-bool pointsInto(View v, const UnicodeString& s) {
-  const char16_t* b = s.getBuffer();
-  return b && v.data() >= b && v.data() <= b + s.length();
+bool pointsInto(View v, const TextBuf& s) {
+  return v.data() >= s.data() && v.data() <= s.data() + s.size();
 }
 
 /// Appends `s` with the ASCII letters of its first `count` characters lower-cased.
-void appendLowerHead(UnicodeString& out, View s, size_t count) {
+void appendLowerHead(TextBuf& out, View s, size_t count) {
   size_t i = 0;
+  while (i < count && i < s.size() && !(s[i] >= u'A' && s[i] <= u'Z')) ++i;
+  if (i > 0) append(out, s.substr(0, i));
   for (; i < count && i < s.size(); ++i) out.append(asciiLower(s[i]));
   append(out, s.substr(i));
 }
 
 /// Steps 3 to 12 of resolution for a non-blank `r`, appended to `out`.
-void resolveInto(UnicodeString& out, View baseText, View r, int kindWithFlags) {
+void resolveInto(TextBuf& out, View baseText, View r, int kindWithFlags) {
   const bool existingFile = (kindWithFlags & 0x10) != 0;
   const int kind = kindWithFlags & 3;
 
   // A fragment is kept aside, and a same-document reference stays one.
   View fragment;
   if (kind != 1 && !existingFile) {
-    size_t hash = r.find(u'#');
+    size_t hash = findChar(r, u'#');
     if (hash != View::npos) {
       fragment = r.substr(hash);
       r = r.substr(0, hash);
@@ -76,7 +77,7 @@ void resolveInto(UnicodeString& out, View baseText, View r, int kindWithFlags) {
     }
   }
 
-  UnicodeString buf1, buf2;
+  TextBuf buf1, buf2;
   bool slashesConverted = false;
   int effective = kind;
   if (kind == 3) effective = hasScheme(r) ? 0 : 2;
@@ -84,16 +85,16 @@ void resolveInto(UnicodeString& out, View baseText, View r, int kindWithFlags) {
     case 0:
       if (!isValidUriString(r)) {
         appendEscaped(buf1, r);
-        r = view(buf1);
+        r = buf1.view();
       }
       break;
     case 1:
       appendEscaped(buf1, r, true);
-      r = view(buf1);
+      r = buf1.view();
       break;
     default:
       r = withSlashes(r, buf1, slashesConverted);
-      if (appendPathAsFileUri(buf2, r, existingFile)) r = view(buf2);
+      if (appendPathAsFileUri(buf2, r, existingFile)) r = buf2.view();
       break;
   }
 
@@ -132,7 +133,8 @@ void resolveInto(UnicodeString& out, View baseText, View r, int kindWithFlags) {
   }
 
   // Absolute references are never resolved; a base without '/' is none.
-  if (hasScheme(r) || baseText.empty() || baseText == u"./" || baseText.find(u'/') == View::npos) {
+  if (hasScheme(r) || baseText.empty() || baseText == u"./" ||
+      findChar(baseText, u'/') == View::npos) {
     append(out, r);
     append(out, fragment);
     return;
@@ -145,7 +147,7 @@ void resolveInto(UnicodeString& out, View baseText, View r, int kindWithFlags) {
   const int colon = findSchemeEnd(b);
   if (colon < 0) {
     if (startsWith(b, u"//")) {
-      size_t s = b.find(u'/', 2);
+      size_t s = findChar(b, u'/', 2);
       if (s == View::npos) {
         split = b.size();
         slashBeforePath = true;
@@ -155,10 +157,10 @@ void resolveInto(UnicodeString& out, View baseText, View r, int kindWithFlags) {
     }
   } else {
     if (kind >= 2) {  // a path meets a URI base: it is escaped now
-      UnicodeString& target = pointsInto(r, buf1) ? buf2 : buf1;
-      target.remove();
+      TextBuf& target = pointsInto(r, buf1) ? buf2 : buf1;
+      target.clear();
       appendEscaped(target, r, existingFile);
-      r = view(target);
+      r = target.view();
     }
     const size_t c = static_cast<size_t>(colon);
     const View scheme = b.substr(0, c);
@@ -171,7 +173,7 @@ void resolveInto(UnicodeString& out, View baseText, View r, int kindWithFlags) {
       if (startsWith(r, u"//") && !slashesConverted) {
         split = c + 1;  // a network-path reference keeps only the scheme
       } else {
-        size_t s = b.find(u'/', c + 3);
+        size_t s = findChar(b, u'/', c + 3);
         if (s == View::npos) {
           split = b.size();
           slashBeforePath = true;
@@ -183,7 +185,7 @@ void resolveInto(UnicodeString& out, View baseText, View r, int kindWithFlags) {
       size_t bang = b.rfind(u"!/");
       split = bang == View::npos ? 0 : bang + 1;
     } else if (followedBySlashes) {
-      size_t s = b.find(u'/', c + 3);
+      size_t s = findChar(b, u'/', c + 3);
       if (s == View::npos) {
         split = b.size();
         slashBeforePath = true;
@@ -198,13 +200,12 @@ void resolveInto(UnicodeString& out, View baseText, View r, int kindWithFlags) {
     }
   }
 
-  const size_t coreStart = out.length();
+  const size_t coreStart = out.size();
   const size_t schemeLen = colon < 0 ? 0 : static_cast<size_t>(colon);
   const View path = b.substr(split);
-  out.getBuffer(len32(coreStart + split + path.size() + r.size() + fragment.size() + 2));
-  out.releaseBuffer(len32(coreStart));
+  out.reserve(coreStart + split + path.size() + r.size() + fragment.size() + 2);
   appendLowerHead(out, b.substr(0, split), schemeLen);
-  const size_t refStart = out.length();
+  const size_t refStart = out.size();
 
   if (r.empty() || r[0] != u'/') {
     // Join to the base's directory.
@@ -214,39 +215,34 @@ void resolveInto(UnicodeString& out, View baseText, View r, int kindWithFlags) {
     } else {
       append(out, path);
     }
+    const View joined = out.view().substr(refStart);
     auto endsWith = [&](std::u16string_view tail) {
-      View joined(out.getBuffer() + refStart, out.length() - refStart);
       return joined.size() >= tail.size() && joined.substr(joined.size() - tail.size()) == tail;
     };
     if (endsWith(u"/.")) {
-      out.truncate(out.length() - 1);
+      out.truncate(out.size() - 1);
     } else if (endsWith(u"/..")) {
       out.append(u'/');
     } else if (!endsWith(u"/")) {
-      int32_t slash = out.lastIndexOf(u'/', len32(refStart));
-      if (slash < 0) {
-        out.truncate(len32(refStart));
+      size_t slash = joined.rfind(u'/');
+      if (slash == View::npos) {
+        out.truncate(refStart);
         out.append(u'/');
       } else {
-        out.truncate(slash + 1);
+        out.truncate(refStart + slash + 1);
       }
     }
   }
   append(out, r);
 
   // Dot segments of the reference part.
-  {
-    const int32_t total = out.length();
-    char16_t* p = out.getBuffer(-1);
-    size_t n = removeDotSegments(p + refStart, static_cast<size_t>(total) - refStart);
-    out.releaseBuffer(len32(refStart + n));
-  }
+  out.truncate(refStart + removeDotSegments(out.data() + refStart, out.size() - refStart));
 
   // A file has no query.
-  View core = View(out.getBuffer() + coreStart, out.length() - coreStart);
+  const View core = out.view().substr(coreStart);
   if (startsWithNoCase(core, u"file:")) {
-    size_t q = core.find(u'?');
-    if (q != View::npos) out.truncate(len32(coreStart + q));
+    size_t q = findChar(core, u'?');
+    if (q != View::npos) out.truncate(coreStart + q);
   }
   append(out, fragment);
 }
@@ -304,8 +300,9 @@ int ZQUri::prepareUriString(UnicodeString& str, URISTRTYPE type) {
   if (type == URISTR_PATH || type == URISTR_CSS_PATH) {
     kind = KIND_PATH_OR_URI;
   } else {
-    kind = uritext::hasDriveLetter(view(str), 0) || str.indexOf(u'\\') >= 0 ? KIND_PATH
-                                                                            : KIND_REFERENCE;
+    kind = uritext::hasDriveLetter(view(str), 0) || findChar(view(str), u'\\') != View::npos
+               ? KIND_PATH
+               : KIND_REFERENCE;
   }
   if (type == URISTR_CSS_URI || type == URISTR_CSS_PATH) {
     const int32_t n = str.length();
@@ -335,12 +332,12 @@ UnicodeString ZQUri::normalizeUriString(const UnicodeString& s, int kind) {
   if (isBlank(v)) return UnicodeString();
   kind &= 3;
   if (kind == KIND_PATH || (kind == KIND_PATH_OR_URI && !hasScheme(v))) {
-    UnicodeString buf;
+    TextBuf buf;
     bool changed;
     v = withSlashes(v, buf, changed);
     UnicodeString out;
     if (appendPathAsFileUri(out, v, false)) return out;
-    return changed ? buf : s;
+    return changed ? buf.toString() : s;
   }
   if (isValidUriString(v)) return s;
   UnicodeString out;
@@ -352,15 +349,15 @@ UnicodeString ZQUri::resolveUriString(const UnicodeString& base, const UnicodeSt
                                       int kind) {
   View r = view(ref);
   if (isBlank(r)) return UnicodeString();
-  UnicodeString out;
+  TextBuf out;
   // "jar:" prefixes are set aside and put back in front of the resolved rest.
   while (startsWithNoCase(r, u"jar:")) {
     r = r.substr(4);
     out.append(u"jar:", 4);
-    if (isBlank(r)) return out;
+    if (isBlank(r)) return out.toString();
   }
   resolveInto(out, view(base), r, kind);
-  return out;
+  return out.toString();
 }
 
 }  // namespace ZQCommonNS

@@ -6,7 +6,12 @@
 #include <unicode/unistr.h>
 #include <unicode/utf16.h>
 
+#include <cstring>
 #include <string_view>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace ZQCommonNS::uritext {
 
@@ -15,6 +20,26 @@ using icu::UnicodeString;
 
 inline View view(const UnicodeString& s) {
   return View(s.getBuffer() ? s.getBuffer() : u"", static_cast<size_t>(s.length()));
+}
+
+/// Index of the first `c` in `s` from `pos` on, or npos; eight characters at a step where the
+/// processor allows.
+inline size_t findChar(View s, char16_t c, size_t pos = 0) {
+  const char16_t* p = s.data();
+  const size_t n = s.size();
+  size_t i = pos;
+#if defined(__SSE2__)
+  const __m128i needle = _mm_set1_epi16(static_cast<short>(c));
+  for (; i + 8 <= n; i += 8) {
+    __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + i));
+    int mask = _mm_movemask_epi8(_mm_cmpeq_epi16(chunk, needle));
+    if (mask) return i + (static_cast<unsigned>(__builtin_ctz(static_cast<unsigned>(mask))) >> 1);
+  }
+#endif
+  for (; i < n; ++i) {
+    if (p[i] == c) return i;
+  }
+  return View::npos;
 }
 
 inline bool isAsciiLetter(char16_t c) { return (c | 0x20) >= u'a' && (c | 0x20) <= u'z'; }
@@ -66,9 +91,63 @@ inline bool isValidUriString(View s) {
   return true;
 }
 
+/// A growing UTF-16 buffer that keeps short texts on the stack, so that resolution allocates
+/// nothing but its result. Its appends have the shape of UnicodeString's.
+class TextBuf {
+ public:
+  TextBuf() = default;
+  TextBuf(const TextBuf&) = delete;
+  TextBuf& operator=(const TextBuf&) = delete;
+  ~TextBuf() {
+    if (m_p != m_inline) delete[] m_p;
+  }
+
+  TextBuf& append(const char16_t* s, int32_t n) {
+    const size_t k = static_cast<size_t>(n);
+    if (m_n + k > m_cap) grow(m_n + k);
+    std::memcpy(m_p + m_n, s, k * sizeof(char16_t));
+    m_n += k;
+    return *this;
+  }
+  TextBuf& append(char16_t c) {
+    if (m_n == m_cap) grow(m_n + 1);
+    m_p[m_n++] = c;
+    return *this;
+  }
+  void reserve(size_t capacity) {
+    if (capacity > m_cap) grow(capacity);
+  }
+  void clear() { m_n = 0; }
+  /// Shortens the text; after an edit in place through data(), also sets its new length.
+  void truncate(size_t n) {
+    if (n < m_n) m_n = n;
+  }
+  size_t size() const { return m_n; }
+  char16_t* data() { return m_p; }
+  const char16_t* data() const { return m_p; }
+  View view() const { return View(m_p, m_n); }
+  UnicodeString toString() const { return UnicodeString(m_p, static_cast<int32_t>(m_n)); }
+
+ private:
+  void grow(size_t need) {
+    size_t capacity = m_cap * 2 > need ? m_cap * 2 : need;
+    char16_t* p = new char16_t[capacity];
+    std::memcpy(p, m_p, m_n * sizeof(char16_t));
+    if (m_p != m_inline) delete[] m_p;
+    m_p = p;
+    m_cap = capacity;
+  }
+  static constexpr size_t kInline = 256;
+  char16_t m_inline[kInline];
+  char16_t* m_p = m_inline;
+  size_t m_n = 0;
+  size_t m_cap = kInline;
+};
+
 /// Appends `s` with each unsafe character as "%XX" of its low byte; with `sharpToo` each '#'
 /// becomes "%23" as well.
-inline void appendEscaped(UnicodeString& out, View s, bool sharpToo = false) {
+template <class Out>
+inline void appendEscaped(Out& out, View s, bool sharpToo = false) {
   static constexpr char16_t kHex[] = u"0123456789ABCDEF";
   size_t run = 0;  // start of the pending run of safe characters
   for (size_t i = 0; i < s.size(); ++i) {
@@ -82,13 +161,14 @@ inline void appendEscaped(UnicodeString& out, View s, bool sharpToo = false) {
   if (s.size() > run) out.append(s.data() + run, static_cast<int32_t>(s.size() - run));
 }
 
-inline void append(UnicodeString& out, View s) {
+template <class Out>
+inline void append(Out& out, View s) {
   if (!s.empty()) out.append(s.data(), static_cast<int32_t>(s.size()));
 }
 
 /// `s` cut at its first '?'.
 inline View removeQuery(View s) {
-  size_t q = s.find(u'?');
+  size_t q = findChar(s, u'?');
   return q == View::npos ? s : s.substr(0, q);
 }
 
@@ -130,17 +210,26 @@ inline bool isBlank(View s) {
 /// of the told loop: every "/./" goes first; then the first "/../" is removed with the segment
 /// before it, again and again, until one has no '/' before it, which ends the work.
 inline size_t removeDotSegments(char16_t* s, size_t n) {
+  // Text ahead of the first "/." holds no dot segment and stays where it is.
+  size_t first = 0;
+  for (size_t dot = findChar(View(s, n), u'.', 1);; dot = findChar(View(s, n), u'.', dot + 1)) {
+    if (dot == View::npos) return n;
+    if (s[dot - 1] == u'/') {
+      first = dot - 1;
+      break;
+    }
+  }
   // "/./" -> "/". Rewriting cannot create an occurrence left of the one just removed, so one
   // pass from the left reaches the same result as repeated first-occurrence removal.
-  size_t w = 0;
-  for (size_t r = 0; r < n; ++r) {
+  size_t w = first;
+  for (size_t r = first; r < n; ++r) {
     s[w++] = s[r];
     if (s[w - 1] == u'/' && w >= 3 && s[w - 2] == u'.' && s[w - 3] == u'/') w -= 2;
   }
   n = w;
   // "/seg/../" -> "/". Removal cannot create an earlier "/../" nor a new "/./".
-  w = 0;
-  for (size_t r = 0; r < n; ++r) {
+  w = first;
+  for (size_t r = first; r < n; ++r) {
     s[w++] = s[r];
     if (s[w - 1] == u'/' && w >= 4 && s[w - 2] == u'.' && s[w - 3] == u'.' && s[w - 4] == u'/') {
       size_t at = w - 4;
