@@ -13,8 +13,6 @@ using namespace uritext;
 
 namespace {
 
-inline int32_t len32(size_t n) { return static_cast<int32_t>(n); }
-
 /// Appends a path that already holds forward slashes as a "file:" URI where it is rooted (drive
 /// letter or "//"); returns false, appending nothing, for a path that stays as it is.
 template <class Out>
