@@ -10,4 +10,6 @@
 #include "common/ZQObject.h"
 #include "common/ZQString.h"
 #include "common/ZQTypeId.h"
+#include "common/ZQUri.h"
 #include "common/ZQUtil.h"
+#include "common/ZQXmlCatalogs.h"
