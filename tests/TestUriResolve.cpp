@@ -216,7 +216,8 @@ TEST(UriFileRepair, FileColonThenNonSlashIsRelative) {
 
 TEST(UriFileRepair, ThreeSlashesWithDriveIsFinished) {
   EXPECT_EQ(R(u"http://x/y/z", u"file:///D:/a/../b.xml#f"), u"file:///D:/a/../b.xml#f");
-  EXPECT_EQ(R(kFileBase, u"file:///D:/a.xml?q"), u"file:///D:/a.xml?q");
+  // The finished form keeps its shape, but a file has no query.
+  EXPECT_EQ(R(kFileBase, u"file:///D:/a.xml?q#f"), u"file:///D:/a.xml#f");
 }
 
 TEST(UriFileRepair, ThreeSlashesTakeTheDriveOfAFileBase) {
@@ -435,6 +436,15 @@ TEST(UriResolveSteps, MergedFileResultLosesItsQuery) {
 }
 
 // ---- Departures from RFC 3986 ----
+
+TEST(UriDepartures, FileResultsNeverCarryAQuery) {
+  EXPECT_EQ(R(kFileBase, u"file:///D:/a.xml?q"), u"file:///D:/a.xml");
+  EXPECT_EQ(R(kFileBase, u"file:///a.xml?q"), u"file:///C:/a.xml");
+  EXPECT_EQ(R(kFileBase, u"file://server/share/a.xml?q#f"), u"file://server/share/a.xml#f");
+  EXPECT_EQ(R(kFileBase, u"file:/home/a.xml?q"), u"file:///home/a.xml");
+  EXPECT_EQ(R(kFileBase, u"b.xml?q"), u"file:///C:/x/b.xml");
+  EXPECT_EQ(R(u"http://x/y", u"b?q"), u"http://x/b?q");  // other schemes keep theirs
+}
 
 TEST(UriDepartures, EmptyReferenceIsNotTheBase) { EXPECT_EQ(R(u"http://x/y", u""), u""); }
 

@@ -105,9 +105,9 @@ void resolveInto(TextBuf& out, View baseText, View r, int kindWithFlags) {
           hasDriveLetter(baseText, 8)) {
         // Rooted on the base's drive.
         append(out, baseText.substr(0, 11));
-        append(out, r.substr(8));
+        append(out, removeQuery(r.substr(8)));
       } else {
-        append(out, r);
+        append(out, removeQuery(r));
       }
       append(out, fragment);
       return;
@@ -116,7 +116,7 @@ void resolveInto(TextBuf& out, View baseText, View r, int kindWithFlags) {
         out.append(u"file:///", 8);
         append(out, removeQuery(r.substr(7)));
       } else {
-        append(out, r);  // a server
+        append(out, removeQuery(r));  // a server
       }
       append(out, fragment);
       return;
@@ -124,7 +124,7 @@ void resolveInto(TextBuf& out, View baseText, View r, int kindWithFlags) {
       // "file:/C:/x" keeps two slashes, which getLocalPath reads correctly; "file:/x" gets
       // three and takes no drive from the base. Either has a scheme, so it is the result.
       out.append(u"file://", 7);
-      append(out, r.substr(hasDriveLetter(r, 6) ? 6 : 5));
+      append(out, removeQuery(r.substr(hasDriveLetter(r, 6) ? 6 : 5)));
       append(out, fragment);
       return;
     }
@@ -133,7 +133,8 @@ void resolveInto(TextBuf& out, View baseText, View r, int kindWithFlags) {
   // Absolute references are never resolved; a base without '/' is none.
   if (hasScheme(r) || baseText.empty() || baseText == u"./" ||
       findChar(baseText, u'/') == View::npos) {
-    append(out, r);
+    // A file has no query, whichever way the reference got here.
+    append(out, startsWithNoCase(r, u"file:") ? removeQuery(r) : r);
     append(out, fragment);
     return;
   }
