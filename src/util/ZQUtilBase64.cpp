@@ -1,6 +1,8 @@
 // Base64 in both directions, and the data-URI form of the encoder.
+#include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstring>
 #include <istream>
 #include <ostream>
 
@@ -28,15 +30,43 @@ constexpr std::array<uint8_t, 128> makeDecodeTable() {
 }
 constexpr std::array<uint8_t, 128> kDecode = makeDecodeTable();
 
+// The same values already shifted to their place in a group of four characters, with bit 31
+// set for anything outside the alphabet, so a group costs four look-ups and one test.
+struct ShiftedTables {
+  uint32_t t[4][256];
+};
+constexpr ShiftedTables makeShiftedTables() {
+  ShiftedTables s{};
+  for (int k = 0; k < 4; ++k)
+    for (int c = 0; c < 256; ++c) {
+      uint8_t v = c < 128 ? kDecode[c] : kSkip;
+      s.t[k][c] = (v & 0x80) ? 0x80000000u : uint32_t(v) << (18 - 6 * k);
+    }
+  return s;
+}
+constexpr ShiftedTables kShifted = makeShiftedTables();
+
 // Bytes read from the stream at a time (a multiple of 3, so blocks need no padding).
 constexpr int kReadBlock = 3072;
 
+// Two output characters for each 12-bit value: a group of three bytes costs two look-ups.
+struct PairTable {
+  char16_t t[4096][2];
+};
+constexpr PairTable makePairTable() {
+  PairTable p{};
+  for (int v = 0; v < 4096; ++v) {
+    p.t[v][0] = static_cast<char16_t>(kAlphabet[v >> 6]);
+    p.t[v][1] = static_cast<char16_t>(kAlphabet[v & 63]);
+  }
+  return p;
+}
+constexpr PairTable kPairs = makePairTable();
+
 inline void encodeGroup(const unsigned char* in, char16_t* out) {
   uint32_t v = (uint32_t(in[0]) << 16) | (uint32_t(in[1]) << 8) | in[2];
-  out[0] = static_cast<char16_t>(kAlphabet[v >> 18]);
-  out[1] = static_cast<char16_t>(kAlphabet[(v >> 12) & 63]);
-  out[2] = static_cast<char16_t>(kAlphabet[(v >> 6) & 63]);
-  out[3] = static_cast<char16_t>(kAlphabet[v & 63]);
+  std::memcpy(out, kPairs.t[v >> 12], 2 * sizeof(char16_t));
+  std::memcpy(out + 2, kPairs.t[v & 0xFFF], 2 * sizeof(char16_t));
 }
 
 // Reads up to `n` bytes; a stream that throws on failure ends the input as end of file does.
@@ -48,30 +78,40 @@ std::streamsize readBlock(std::istream& in, unsigned char* buf, std::streamsize 
   return in.gcount();
 }
 
-// Appends the base64 of everything left in `in` to `out`.
+// Appends the base64 of everything left in `in` to `out`, writing into its buffer directly.
 void encodeStream(std::istream& in, UnicodeString& out) {
   unsigned char buf[kReadBlock + 2];
-  char16_t text[(kReadBlock + 2) / 3 * 4 + 4];
   int carry = 0;  // bytes of an unfinished group left from a short read
-  while (in.good()) {
-    std::streamsize got = readBlock(in, buf + carry, kReadBlock);
+  int32_t len = out.length();
+  int32_t capacity = std::max(out.getCapacity(), len + 8);
+  char16_t* dst = out.getBuffer(capacity);
+  capacity = out.getCapacity();
+  for (;;) {
+    std::streamsize got = in.good() ? readBlock(in, buf + carry, kReadBlock) : 0;
     int n = carry + static_cast<int>(got);
-    int whole = n / 3 * 3;
-    int t = 0;
-    for (int i = 0; i < whole; i += 3, t += 4) encodeGroup(buf + i, text + t);
-    out.append(text, 0, t);
+    int whole = got > 0 ? n / 3 * 3 : 0;
+    int need = whole / 3 * 4 + 4;
+    if (len + need > capacity) {
+      out.releaseBuffer(len);
+      dst = out.getBuffer(len + std::max(need, len / 2));
+      if (!dst) return;  // out of memory: what is written so far stays
+      capacity = out.getCapacity();
+    }
+    if (got <= 0) {
+      if (n > 0) {  // the last one or two bytes, padded
+        unsigned char last[3] = {buf[0], n > 1 ? buf[1] : static_cast<unsigned char>(0), 0};
+        encodeGroup(last, dst + len);
+        if (n == 1) dst[len + 2] = u'=';
+        dst[len + 3] = u'=';
+        len += 4;
+      }
+      break;
+    }
+    for (int i = 0; i < whole; i += 3, len += 4) encodeGroup(buf + i, dst + len);
     carry = n - whole;
     for (int i = 0; i < carry; ++i) buf[i] = buf[whole + i];
-    if (got == 0) break;
   }
-  if (carry > 0) {
-    unsigned char last[3] = {buf[0], carry > 1 ? buf[1] : static_cast<unsigned char>(0), 0};
-    char16_t tail[4];
-    encodeGroup(last, tail);
-    if (carry == 1) tail[2] = u'=';
-    tail[3] = u'=';
-    out.append(tail, 0, 4);
-  }
+  out.releaseBuffer(len);
 }
 
 }  // namespace
@@ -119,10 +159,10 @@ void ZQUtil::decodeBase64(const char16_t* text, int length, std::ostream& out) {
         // Plain groups of four characters in a row make three bytes.
         while (i + 4 <= length && o <= kOut - 3) {
           char16_t c0 = text[i], c1 = text[i + 1], c2 = text[i + 2], c3 = text[i + 3];
-          if ((c0 | c1 | c2 | c3) >= 128) break;
-          uint8_t v0 = kDecode[c0], v1 = kDecode[c1], v2 = kDecode[c2], v3 = kDecode[c3];
-          if ((v0 | v1 | v2 | v3) & 0x80) break;
-          uint32_t v = (uint32_t(v0) << 18) | (uint32_t(v1) << 12) | (uint32_t(v2) << 6) | v3;
+          if ((c0 | c1 | c2 | c3) & 0xFF00) break;
+          uint32_t v =
+              kShifted.t[0][c0] | kShifted.t[1][c1] | kShifted.t[2][c2] | kShifted.t[3][c3];
+          if (v & 0x80000000u) break;
           buf[o++] = static_cast<char>(v >> 16);
           buf[o++] = static_cast<char>(v >> 8);
           buf[o++] = static_cast<char>(v);
