@@ -15,7 +15,7 @@ fmt=$(command -v clang-format-14 || command -v clang-format)
 if [ -n "$base" ]; then
   files=$(git diff --name-only --diff-filter=ACMR "$base" -- '*.h' '*.cpp' || true)
 else
-  files=$(git ls-files -- '*.h' '*.cpp')
+  files=$(git ls-files --cached --others --exclude-standard -- '*.h' '*.cpp')
 fi
 [ -n "$files" ] || exit 0
 if [ $fix -eq 1 ]; then

@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <fstream>
+#include <future>
 #include <set>
 #include <string>
 #include <thread>
@@ -9,6 +11,7 @@
 
 #include "common/ZQName.h"
 #include "common/ZQString.h"
+#include "core/ZQNameInternal.h"
 
 using namespace ZQCommonNS;
 
@@ -90,6 +93,28 @@ TEST_F(NameTableTest, SameNewStringsFromEightThreadsGetOneNumberEach) {
     std::string s = "concurrent-" + std::to_string(i);
     EXPECT_EQ(ZQNameTable::getSharedNameString(results[0][i]), u(s.c_str()));
   }
+}
+
+TEST_F(NameTableTest, BuiltinHitTakesNoLock) {
+  // Another thread holds the name-table lock; built-in look-ups must still finish.
+  std::promise<void> held;
+  std::promise<void> done;
+  std::thread holder([&] {
+    ZQMutex guard(sharedNameTableLock());
+    held.set_value();
+    done.get_future().wait();
+  });
+  held.get_future().wait();
+  auto lookup = std::async(std::launch::async, [] {
+    return ZQNameTable::getSharedNameEnum(u("font-size")) == ZQN_font_size &&
+           ZQNameTable::getSharedNameString(ZQN_color) == u("color") &&
+           ZQNameTable::getSharedNameEnum(UnicodeString()) == ZQN_EMPTY;
+  });
+  bool finished = lookup.wait_for(std::chrono::seconds(10)) == std::future_status::ready;
+  done.set_value();
+  holder.join();
+  ASSERT_TRUE(finished);
+  EXPECT_TRUE(lookup.get());
 }
 
 TEST_F(NameTableTest, UnknownNumbersGiveTheEmptyString) {

@@ -1,10 +1,13 @@
 #include "common/ZQName.h"
 
 #include <atomic>
+#include <cstdint>
+#include <cstring>
 #include <string>
 
 #include "common/ZQString.h"
 #include "core/ZQInit.h"
+#include "core/ZQNameInternal.h"
 
 namespace ZQCommonNS {
 
@@ -15,22 +18,77 @@ namespace {
 static_assert(sizeof(kBuiltinNameTexts) / sizeof(kBuiltinNameTexts[0]) == ZQ_BUILTIN_NAME_COUNT,
               "the built-in vocabulary and ZQ_BUILTIN_NAME_COUNT disagree");
 
-using NameMap = std::unordered_map<UnicodeString, ZQNameEnum, ZQString_hash>;
+// The look-up of built-in names is the hot path of interning: an open-addressing table over
+// the constant texts, built once at load, read without a lock and without allocating.
+class BuiltinMap {
+ public:
+  static constexpr uint32_t kSlots = 8192;  // a power of two, about 37% full
+  static_assert(kSlots > 2 * ZQ_BUILTIN_NAME_COUNT);
+
+  void insert(const char16_t* text, int32_t length, ZQNameEnum name) {
+    uint32_t i = hash(text, length) & (kSlots - 1);
+    while (m_slots[i].text) i = (i + 1) & (kSlots - 1);
+    m_slots[i] = Slot{text, length, name};
+  }
+
+  /// Number of a built-in text, or -1.
+  int find(const char16_t* text, int32_t length) const {
+    uint32_t i = hash(text, length) & (kSlots - 1);
+    for (;;) {
+      const Slot& slot = m_slots[i];
+      if (!slot.text) return -1;
+      if (slot.length == length &&
+          std::memcmp(slot.text, text, static_cast<size_t>(length) * sizeof(char16_t)) == 0) {
+        return slot.name;
+      }
+      i = (i + 1) & (kSlots - 1);
+    }
+  }
+
+ private:
+  struct Slot {
+    const char16_t* text = nullptr;
+    int32_t length = 0;
+    ZQNameEnum name = ZQN_EMPTY;
+  };
+
+  static uint32_t hash(const char16_t* text, int32_t length) {
+    uint64_t h = 0x9E3779B97F4A7C15ull ^ static_cast<uint64_t>(length);
+    const auto* bytes = reinterpret_cast<const unsigned char*>(text);
+    size_t n = static_cast<size_t>(length) * sizeof(char16_t);
+    size_t i = 0;
+    for (; i + 8 <= n; i += 8) {
+      uint64_t v;
+      std::memcpy(&v, bytes + i, 8);
+      h = (h ^ v) * 0xBF58476D1CE4E5B9ull;
+      h ^= h >> 29;
+    }
+    if (i < n) {
+      uint64_t v = 0;
+      std::memcpy(&v, bytes + i, n - i);
+      h = (h ^ v) * 0x94D049BB133111EBull;
+    }
+    h ^= h >> 32;
+    return static_cast<uint32_t>(h);
+  }
+
+  Slot m_slots[kSlots];
+};
 
 // The built-in strings alias the constant texts, so they cost no heap and never move.
 struct BuiltinNames {
   UnicodeString strings[ZQ_BUILTIN_NAME_COUNT];
-  NameMap map;
+  BuiltinMap map;
 
   BuiltinNames() {
     for (int i = 1; i < ZQ_BUILTIN_NAME_COUNT; ++i) {
       strings[i].setTo(true, kBuiltinNameTexts[i], -1);
-    }
-    map.reserve(ZQ_BUILTIN_NAME_COUNT * 2);
-    for (int i = 0; i < ZQ_BUILTIN_NAME_COUNT; ++i) {
-      map.emplace(strings[i], static_cast<ZQNameEnum>(i));
+      map.insert(kBuiltinNameTexts[i], strings[i].length(), static_cast<ZQNameEnum>(i));
     }
   }
+
+  /// Number of a non-empty built-in string, or -1.
+  int find(const UnicodeString& text) const { return map.find(text.getBuffer(), text.length()); }
 };
 
 const BuiltinNames s_builtin ZQ_INIT_PRIORITY_NAMES;
@@ -41,6 +99,8 @@ ZQLock s_sharedNameTableLock ZQ_INIT_PRIORITY_BASE;
 constexpr size_t kReservedNames = 1024;
 
 }  // namespace
+
+ZQLock& sharedNameTableLock() { return s_sharedNameTableLock; }
 
 // ---- ZQName ----
 
@@ -79,8 +139,8 @@ ZQNameTable::~ZQNameTable() {
 
 ZQNameEnum ZQNameTable::getSharedNameEnum(const UnicodeString& text) {
   if (text.length() == 0) return ZQN_EMPTY;  // bogus strings too
-  auto it = s_builtin.map.find(text);
-  if (it != s_builtin.map.end()) return it->second;
+  int builtin = s_builtin.find(text);
+  if (builtin >= 0) return static_cast<ZQNameEnum>(builtin);
   ZQMutex guard(s_sharedNameTableLock);
   ZQNameTable* table = s_sharedNameTable.load();
   if (!table) {
@@ -130,8 +190,8 @@ void ZQNameTable::releaseSharedNameTable() {
 
 ZQNameEnum ZQNameTable::getBuiltinNameEnum(const UnicodeString& text) {
   if (text.length() == 0) return ZQN_EMPTY;
-  auto it = s_builtin.map.find(text);
-  return it != s_builtin.map.end() ? it->second : ZQN_EMPTY;
+  int builtin = s_builtin.find(text);
+  return builtin >= 0 ? static_cast<ZQNameEnum>(builtin) : ZQN_EMPTY;
 }
 
 const UnicodeString& ZQNameTable::getBuiltinNameString(ZQNameEnum name) {
@@ -147,8 +207,8 @@ void ZQNameTable::cleanup() {
 
 ZQNameEnum ZQNameTable::getNameEnum(const UnicodeString& text) {
   if (text.length() == 0) return ZQN_EMPTY;
-  auto it = s_builtin.map.find(text);
-  if (it != s_builtin.map.end()) return it->second;
+  int builtin = s_builtin.find(text);
+  if (builtin >= 0) return static_cast<ZQNameEnum>(builtin);
   ZQMutex guard(s_sharedNameTableLock);
   return getNonBuiltinNameEnumMutexed(text);
 }
@@ -167,9 +227,10 @@ ZQNameEnum ZQNameTable::lookupName(const UnicodeString& text) const {
 }
 
 ZQNameEnum ZQNameTable::getNonBuiltinNameEnumMutexed(const UnicodeString& text) {
+  auto found = m_map.find(text);
+  if (found != m_map.end()) return found->second;  // no number is used up
   auto candidate = static_cast<ZQNameEnum>(m_nameLast + 1);
-  auto [it, inserted] = m_map.emplace(text, candidate);
-  if (!inserted) return it->second;
+  auto it = m_map.emplace(text, candidate).first;
   try {
     if (m_strings.size() == m_strings.capacity()) {
       // Grow by half so that references into the table stay valid as long as possible.
