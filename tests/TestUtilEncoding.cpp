@@ -115,13 +115,17 @@ TEST(ZQUtilEncoding, KeyDropsPunctuationAndLeadingZerosOfDigitRuns) {
   EXPECT_EQ(canonical("gb-2312"), "ChineseGBK");
 }
 
-TEST(ZQUtilEncoding, ZerosInsideADigitRunCount) {
-  // "10" keeps its zero, so "LATIN10" and "LATIN1" stay apart, and so do "8859-10" and "8859-1".
+TEST(ZQUtilEncoding, OnlyZerosBeforeADigitAreDropped) {
+  // A final zero stays, so "LATIN10" and "LATIN1" stay apart, and so do "8859-10" and "8859-1".
   EXPECT_EQ(canonical("LATIN10"), "ISO-8859-16");
   EXPECT_EQ(canonical("ISO-8859-10"), "ISO-8859-10");
   EXPECT_EQ(canonical("ISO885910"), "ISO-8859-10");
-  // A zero inside the run "885901" is no leading zero: no such encoding.
-  EXPECT_EQ(canonical("ISO885901"), "ISO885901");
+  // The three spellings of one encoding share a key.
+  EXPECT_EQ(canonical("ISO885901"), "ISO-8859-1");
+  EXPECT_EQ(canonical("ISO_8859_1"), "ISO-8859-1");
+  EXPECT_EQ(canonical("iso-8859-1"), "ISO-8859-1");
+  EXPECT_EQ(canonical("ISO-2022-JP"), "ISO-2022-JP");
+  EXPECT_EQ(canonical("ISO-10646-UCS-2"), "ISO-10646-UCS-2");
 }
 
 TEST(ZQUtilEncoding, NonAsciiCharactersAreDroppedFromTheKey) {
