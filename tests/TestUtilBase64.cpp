@@ -9,17 +9,14 @@
 #include <sstream>
 #include <string>
 
+#include "TestSupport.h"
 #include "common/ZQUtil.h"
 
 using namespace ZQCommonNS;
 
 namespace {
 
-std::string utf8(const UnicodeString& s) {
-  std::string out;
-  s.toUTF8String(out);
-  return out;
-}
+using zqtest::utf8;
 
 std::string encode(const std::string& bytes) {
   std::istringstream in(bytes);

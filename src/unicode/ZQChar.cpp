@@ -259,19 +259,9 @@ bool ZQChar::isInseparableCharEx(const UnicodeString& text, int32_t pos,
   if (c == 0xFFFF) return false;
   const int32_t nextPos = pos + U16_LENGTH(c);
   const UChar32 next = codePointAt(text, nextPos);
-  if (c == 0x3033 || c == 0x3034) return next == 0x3035;
-  switch (c) {
-    case 0x2014:
-    case 0x2015:
-    case 0x2024:
-    case 0x2025:
-    case 0x2026:
-      break;
-    default:
-      return false;
-  }
-  if (next != c) return false;
-  if (method == INSEPARABLE_ALWAYS) return true;
+  if (!isInseparableChar(c, next)) return false;
+  // The halves of the kana repeat mark always hold together; runs count only for the dashes.
+  if (c == 0x3033 || c == 0x3034 || method == INSEPARABLE_ALWAYS) return true;
   // char32At at the unit before `pos` gives the whole code point even after a surrogate pair.
   const UChar32 before = pos > 0 ? codePointAt(text, pos - 1) : 0xFFFF;
   const UChar32 after = codePointAt(text, nextPos + U16_LENGTH(next));
