@@ -3,18 +3,14 @@
 #include <string>
 #include <vector>
 
+#include "TestSupport.h"
 #include "common/ZQUtil.h"
 
 using namespace ZQCommonNS;
 
 namespace {
 
-std::string utf8(const UnicodeString& s) {
-  if (s.isBogus()) return "<bogus>";
-  std::string out;
-  s.toUTF8String(out);
-  return out;
-}
+using zqtest::utf8;
 
 std::string canonical(const char* name) {
   return utf8(ZQUtil::getCanonicalEncoding(UnicodeString::fromUTF8(name)));

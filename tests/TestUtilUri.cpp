@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "TestSupport.h"
 #include "common/ZQString.h"
 #include "common/ZQUri.h"
 #include "common/ZQUtil.h"
@@ -9,11 +10,7 @@
 using namespace ZQCommonNS;
 
 namespace {
-std::string utf8(const UnicodeString& s) {
-  std::string out;
-  s.toUTF8String(out);
-  return out;
-}
+using zqtest::utf8;
 std::string unquote(const char* s) { return utf8(ZQUtil::unquoteUri(UnicodeString::fromUTF8(s))); }
 }  // namespace
 
