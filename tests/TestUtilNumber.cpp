@@ -5,17 +5,14 @@
 #include <cmath>
 #include <string>
 
+#include "TestSupport.h"
 #include "common/ZQUtil.h"
 
 using namespace ZQCommonNS;
 
 namespace {
 
-std::string utf8(const UnicodeString& s) {
-  std::string out;
-  s.toUTF8String(out);
-  return out;
-}
+using zqtest::utf8;
 
 struct Number {
   double value;

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "TestSupport.h"
 #include "common/ZQString.h"
 #include "common/ZQUtil.h"
 
@@ -13,12 +14,7 @@ using QM = ZQUtil::QuoteMode;
 
 QM mode(int m) { return static_cast<QM>(m); }
 
-std::string utf8(const UnicodeString& s) {
-  if (s.isBogus()) return "<bogus>";
-  std::string out;
-  s.toUTF8String(out);
-  return out;
-}
+using zqtest::utf8;
 
 // Parses a NUL-terminated literal and reports how far the reader went.
 struct Parsed {

@@ -1,6 +1,7 @@
 // Umbrella header: everything the library offers.
 #pragma once
 
+#include "common/ZQChar.h"
 #include "common/ZQColor.h"
 #include "common/ZQError.h"
 #include "common/ZQExport.h"
@@ -12,6 +13,8 @@
 #include "common/ZQObject.h"
 #include "common/ZQString.h"
 #include "common/ZQTypeId.h"
+#include "common/ZQUri.h"
 #include "common/ZQUtil.h"
 #include "common/ZQValue.h"
 #include "common/ZQValueArray.h"
+#include "common/ZQXmlCatalogs.h"

@@ -142,8 +142,9 @@ class ZQCOMMON_API ZQUtil {
     int getFetchPos() const { return m_fetch; }
     /// Moves the fetch position to `pos`, kept within 0 and size().
     void seekFetch(int pos);
-    void advanceFetch() { seekFetch(m_fetch + 1); }
-    void advanceFetch(int count) { seekFetch(m_fetch + count); }
+    void advanceFetch() { advanceFetch(1); }
+    /// Moves the fetch position by `count` (which may be negative), kept within the buffer.
+    void advanceFetch(int count);
     /// No bit left to fetch.
     bool endFetch() const { return m_fetch >= m_bits; }
     /// Fewer than `count` bits left to fetch.
@@ -157,8 +158,8 @@ class ZQCOMMON_API ZQUtil {
     void patchFill(bool value, int count);
     int getPatchPos() const { return m_patch; }
     void seekPatch(int pos);
-    void advancePatch() { seekPatch(m_patch + 1); }
-    void advancePatch(int count) { seekPatch(m_patch + count); }
+    void advancePatch() { advancePatch(1); }
+    void advancePatch(int count);
     bool endPatch() const { return m_patch >= m_bits; }
     bool endPatch(int count) const { return count > m_bits - m_patch; }
 

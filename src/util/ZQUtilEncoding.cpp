@@ -62,12 +62,11 @@ std::u16string encodingKey(const char16_t* s, int32_t len) {
     } else if (c >= u'A' && c <= u'Z') {
       key.push_back(c);
     } else if (c >= u'0' && c <= u'9') {
-      bool runStart = i == 0 || s[i - 1] < u'0' || s[i - 1] > u'9';
-      if (runStart) {
-        // Skip the zeros that lead the run, but keep the last digit of an all-zero run.
-        while (c == u'0' && i + 1 < len && s[i + 1] >= u'0' && s[i + 1] <= u'9') c = s[++i];
-      }
-      key.push_back(c);
+      // A zero that another digit follows is dropped: this drops the zeros that lead a run
+      // (keeping the last digit of an all-zero run) and lets "ISO885901" meet "ISO-8859-1",
+      // while "ISO-8859-10" keeps its final zero.
+      bool digitFollows = i + 1 < len && s[i + 1] >= u'0' && s[i + 1] <= u'9';
+      if (c != u'0' || !digitFollows) key.push_back(c);
     }
   }
   return key;
