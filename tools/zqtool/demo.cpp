@@ -8,20 +8,56 @@ using namespace ZQCommonNS;
 namespace zqtool {
 
 namespace {
-// A property sheet as a formatter would meet it; the words become names.
-const char16_t* const kSample[] = {u"font-size", u"color",  u"margin-top", u"page-sequence",
-                                   u"xml:lang",  u"my-own", u"-zq-",       u"my-own"};
+
+// A small style sheet as a formatter meets it: property names, values with units, colours and
+// a reference to an image, resolved against the document's URI.
+struct Declaration {
+  const char16_t* property;
+  float number;
+  ZQUnitType unit;
+};
+const Declaration kLengths[] = {{u"font-size", 12.0f, ZQUNIT_PT},
+                                {u"margin-top", 1.0f, ZQUNIT_CM},
+                                {u"start-indent", 0.5f, ZQUNIT_IN},
+                                {u"my-own-indent", 3.0f, ZQUNIT_MM}};
+const char16_t* const kColours[] = {u"rebeccapurple", u"transparent", u"currentColor"};
+const char16_t* const kDocument = u"file:///C:/books/chapter1/index.fo";
+const char16_t* const kImage = u"../images/cover image.png#page=2";
+const UChar32 kCharacters[] = {0x41, 0x3042, 0xFF76, 0x2F00};
+
 }  // namespace
 
 int demo(const Args&) {
-  std::cout << "ZQCommon " << ZQ_VERSION << ": names of an embedded sample\n";
-  for (const char16_t* text : kSample) {
-    ZQName name{UnicodeString(text)};
-    std::cout << "  " << utf8(name) << "\t#" << static_cast<int>(name)
-              << (name.isBuiltin() ? "\tbuilt-in" : "\trun-time") << "\n";
+  std::cout << "ZQCommon " << ZQ_VERSION << " on an embedded sample\n\nProperties:\n";
+  for (const Declaration& d : kLengths) {
+    ZQName name{UnicodeString(d.property)};
+    ZQValue value(d.number, d.unit);
+    ZQLength points(value);
+    std::cout << "  " << utf8(name) << " (#" << static_cast<int>(name)
+              << (name.isBuiltin() ? ", built in" : ", run time")
+              << ") = " << utf8(value.toCssText()) << " = " << points.getRealValue(ZQUNIT_PT)
+              << "pt\n";
+  }
+  std::cout << "Colours:\n";
+  for (const char16_t* text : kColours) {
+    ZQColor colour{ZQName(UnicodeString(text))};
+    std::cout << "  " << utf8(UnicodeString(text)) << " -> " << utf8(colour.toString(true)) << " / "
+              << utf8(colour.toString(false)) << "\n";
+  }
+  ZQUri document{UnicodeString(kDocument)};
+  ZQUri image(document, UnicodeString(kImage));
+  std::cout << "A reference:\n  " << utf8(UnicodeString(kImage)) << "\n  against " << utf8(document)
+            << "\n  is " << utf8(image) << "\n  local path " << utf8(image.getLocalPath())
+            << ", extension " << utf8(image.getExtension()) << "\n";
+  std::cout << "Characters:\n";
+  for (UChar32 c : kCharacters) {
+    std::cout << "  U+" << std::hex << std::uppercase << c << std::dec
+              << (ZQChar::isZenkaku(c) ? " full width" : " half width")
+              << (ZQChar::isLetter(c) ? ", letter" : "") << (ZQChar::isSymbol(c) ? ", symbol" : "")
+              << "\n";
   }
   ZQName generated = ZQName::generateID(UnicodeString());
-  std::cout << "  generated id\t" << utf8(generated) << "\n";
+  std::cout << "A generated id: " << utf8(generated) << "\n";
   ZQError error(ZQERR_NULL_ARGUMENT, u"SYSTEM ERROR: node is null.", u"demo", 3, 14, u"sample.xml");
   std::cout << "A reported error:\n" << utf8(error.getMessage()) << "\n";
   return 0;
