@@ -381,6 +381,26 @@ TEST(ZQValue, RealValueOfTimesFrequenciesAndResolution) {
   EXPECT_TRUE(std::isnan(ZQValue(1.0f, ZQUNIT_PT).getRealValue(ZQUNIT_PT2)));
 }
 
+TEST(ZQValue, RealValueBetweenAbsoluteLengths) {
+  EXPECT_FLOAT_EQ(ZQValue(1.0f, ZQUNIT_IN).getRealValue(ZQUNIT_CM), 2.54f);
+  EXPECT_FLOAT_EQ(ZQValue(72.0f, ZQUNIT_PT).getRealValue(ZQUNIT_IN), 1.0f);
+  EXPECT_FLOAT_EQ(ZQValue(2.0f, ZQUNIT_PC).getRealValue(ZQUNIT_PT), 24.0f);
+  EXPECT_FLOAT_EQ(ZQValue(1.0f, ZQUNIT_PT).getRealValue(ZQUNIT_TWIP), 20.0f);
+  EXPECT_FLOAT_EQ(ZQValue(4.0f, ZQUNIT_Q).getRealValue(ZQUNIT_MM), 1.0f);
+  EXPECT_FLOAT_EQ(intIn(914400, ZQUNIT_EMU).getRealValue(ZQUNIT_IN), 1.0f);
+  // Relative lengths, angles and plain numbers are no absolute length.
+  EXPECT_TRUE(std::isnan(ZQValue(1.0f, ZQUNIT_PX).getRealValue(ZQUNIT_PT)));
+  EXPECT_TRUE(std::isnan(ZQValue(1.0f, ZQUNIT_PT).getRealValue(ZQUNIT_PX)));
+  EXPECT_TRUE(std::isnan(ZQValue(1.0f, ZQUNIT_DEG).getRealValue(ZQUNIT_CM)));
+  EXPECT_TRUE(std::isnan(ZQValue(1.0f, ZQUNIT_PERCENT).getRealValue(ZQUNIT_IN)));
+  // Times and frequencies do not mix, and neither has a plain-number reading.
+  EXPECT_TRUE(std::isnan(ZQValue(1.0f, ZQUNIT_MS).getRealValue(ZQUNIT_HZ)));
+  EXPECT_TRUE(std::isnan(ZQValue(1.0f, ZQUNIT_KHZ).getRealValue(ZQUNIT_S)));
+  EXPECT_TRUE(std::isnan(ZQValue(1.0f, ZQUNIT_S).getRealValue(ZQUNIT_NUMBER)));
+  EXPECT_TRUE(std::isnan(ZQValue(1.0f, ZQUNIT_DEG).getRealValue(ZQUNIT_NUMBER)));
+  EXPECT_TRUE(std::isnan(ZQValue(1.0f, ZQUNIT_PERCENT).getRealValue(ZQUNIT_DEG)));
+}
+
 TEST(ZQValue, LengthValue) {
   EXPECT_EQ(static_cast<float>(ZQValue(10.0f, ZQUNIT_PT).getLengthValue()), 10.0f);
   EXPECT_EQ(static_cast<float>(intIn(2, ZQUNIT_IN).getLengthValue()), 144.0f);
@@ -547,6 +567,19 @@ TEST(ZQValue, NormalizeUnitTable) {
   }
 }
 
+TEST(ZQValue, NormalizeUnitKeepsTheMemberKey) {
+  ZQNamedValue m(ZQValue(1.0f, ZQUNIT_IN), ZQName(ZQN_width));
+  m.normalizeUnit();
+  EXPECT_EQ(m.getUnitType(), ZQUNIT_PT);
+  EXPECT_EQ(m.getRealValue(ZQUNIT_PT), 72.0f);
+  EXPECT_EQ(m.getName(), ZQN_width);
+  // Strings and names are left alone, whatever their unit bits say.
+  ZQValue s(u("1"), ZQUNIT_DPI);
+  s.normalizeUnit();
+  EXPECT_EQ(s.getUnitType(), ZQUNIT_DPI);
+  EXPECT_EQ(s.getStringValue(), u("1"));
+}
+
 TEST(ZQValue, ToStringOfEachShape) {
   EXPECT_EQ(ZQValue(u("plain"), ZQUNIT_LITERAL).toString(), u("plain"));
   EXPECT_EQ(ZQValue(ZQN_font_size).toString(), u("font-size"));
@@ -562,6 +595,58 @@ TEST(ZQValue, ToStringOfEachShape) {
   EXPECT_TRUE(intIn(-5, ZQUNIT_CHAR).toString().isEmpty());
   ZQValue obj(static_cast<ZQRCObject*>(new ZQValueArray()));
   EXPECT_EQ(obj.toString(), u("##ZQValueArray"));
+}
+
+TEST(ZQValue, ToStringOfNumbersInEveryUnit) {
+  // Reals and integers print their "%g" number and then the unit's text; a unit without text
+  // adds nothing. An integer of unit 20 is a character and of unit 24 a colour, a real of those
+  // units is a plain number.
+  const char* const text[64] = {
+      "",    "",   "%",    "em",    "ex",   "px",  "cm",    "mm",    "in",   "pt",  "pc",
+      "jpt", "q",  "deg",  "rad",   "grad", "ms",  "s",     "Hz",    "kHz",  "",    "",
+      "",    "",   "",     "",      "dd",   "cc",  "dpi",   "twip",  "",     "",    "rem",
+      "vw",  "vh", "vmin", "vmax",  "pvw",  "pvh", "pvmin", "pvmax", "ch",   "wch", "fr",
+      "gr",  "lh", "rlh",  "lines", "",     "",    "emu",   "pi",    "dcem", "cap", "ic",
+      "",    "",   "",     "",      "",     "",    "",      "",      ""};
+  for (int unit = 0; unit < 64; ++unit) {
+    const ZQUnitType t = static_cast<ZQUnitType>(unit);
+    EXPECT_EQ(s8(ZQValue(-1.25f, t).toString()), std::string("-1.25") + text[unit]) << unit;
+    if (unit == ZQUNIT_CHAR || unit == ZQUNIT_COLOR) continue;
+    EXPECT_EQ(s8(intIn(42, t).toString()), std::string("42") + text[unit]) << unit;
+  }
+  // Six significant digits, the exponent form for large and small numbers.
+  EXPECT_EQ(s8(ZQValue(28.346457f, ZQUNIT_PT).toString()), "28.3465pt");
+  EXPECT_EQ(s8(ZQValue(1e20f, ZQUNIT_NUMBER).toString()), "1e+20");
+  EXPECT_EQ(s8(ZQValue(0.0001f, ZQUNIT_EM).toString()), "0.0001em");
+  EXPECT_EQ(s8(ZQValue(0.00001f, ZQUNIT_EM).toString()), "1e-05em");
+  EXPECT_EQ(s8(ZQValue(INT_MIN).toString()), "-2147483648");
+  EXPECT_EQ(s8(ZQValue(nan(), ZQUNIT_PT).toString()), "nanpt");
+  // A colour that fits in one number prints as the colour.
+  EXPECT_EQ(s8(intIn(0x00FF80, ZQUNIT_COLOR).toString()), "#00FF80");
+  EXPECT_EQ(s8(intIn(0x41, ZQUNIT_CHAR).toString()), "A");
+}
+
+TEST(ZQValue, ToStringOfNamesStringsAndNothing) {
+  EXPECT_EQ(s8(ZQValue(u("a b"), ZQUNIT_NONE).toString()), "a b");
+  EXPECT_EQ(s8(ZQValue(u("x.png"), ZQUNIT_URI).toString()), "x.png");
+  EXPECT_EQ(s8(ZQValue(u("serif"), ZQUNIT_FORMAT).toString()), "serif");
+  EXPECT_EQ(s8(ZQValue(ZQN_hash_CMYK).toString()), "#CMYK");
+  EXPECT_EQ(s8(ZQValue(true).toString()), "true");
+  EXPECT_EQ(s8(ZQValue(false).toString()), "false");
+  EXPECT_TRUE(ZQValue(ZQN_EMPTY).toString().isEmpty());
+  EXPECT_TRUE(ZQValue::NULL_VALUE.toString().isEmpty());
+  EXPECT_TRUE(ZQValue(new ZQValueArray()).toString().isEmpty());
+  ZQValue map(new ZQNamedValueMap());
+  EXPECT_EQ(s8(ZQValue(static_cast<ZQRCObject*>(map.getNamedValueMap())).toString()),
+            "##ZQNamedValueMap");
+  // Nested lists and records print their parts by the same rules.
+  ZQValue inner;
+  inner.addItem(ZQValue(u("a"), ZQUNIT_LITERAL));
+  inner.addItem(ZQValue(2));
+  ZQValue outer;
+  outer.addItem(inner);
+  outer.setNamedItem(ZQName(ZQN_width), ZQValue(u("q"), ZQUNIT_LITERAL));
+  EXPECT_EQ(s8(outer.toString()), "{.: \"a\" 2; width: q}");
 }
 
 TEST(ZQValue, ToStringOfArraysQuotesStrings) {

@@ -15,6 +15,10 @@ using namespace ZQCommonNS;
 namespace {
 
 UnicodeString u(const char* s) { return UnicodeString(s, -1, US_INV); }
+std::string s8(const UnicodeString& s) {
+  std::string out;
+  return s.toUTF8String(out);
+}
 
 ZQValue intIn(int v, ZQUnitType unit) {
   ZQValue x(v);
@@ -154,6 +158,20 @@ TEST(ZQValueArithmetic, QuotientUnitTable) {
   expectReal(real(1.0f, ZQUNIT_IN) / real(72.0f, ZQUNIT_PT), 1.0f, ZQUNIT_NUMBER);
 }
 
+TEST(ZQValueArithmetic, QuotientsOfPercentagesAndOtherKinds) {
+  // Both sides are hundredths: the units agree and the result is a plain number.
+  expectReal(real(50.0f, ZQUNIT_PERCENT) / intIn(25, ZQUNIT_PERCENT), 2.0f, ZQUNIT_NUMBER);
+  expectReal(real(90.0f, ZQUNIT_DEG) / real(45.0f, ZQUNIT_DEG), 2.0f, ZQUNIT_NUMBER);
+  expectReal(real(1.0f, ZQUNIT_S) / real(250.0f, ZQUNIT_MS), 4.0f, ZQUNIT_NUMBER);
+  expectReal(real(6.0f, ZQUNIT_PT2) / real(3.0f, ZQUNIT_PT2), 2.0f, ZQUNIT_NUMBER);
+  EXPECT_TRUE((real(1.0f, ZQUNIT_DEG) / real(1.0f, ZQUNIT_MS)).isNull());
+  EXPECT_TRUE((intIn(2, ZQUNIT_PERCENT) / real(1.0f, ZQUNIT_PT)).isNull());
+  // A product with one plain side takes the other side's unit, whatever it is.
+  expectReal(real(2.0f, ZQUNIT_MS) * real(3.0f, ZQUNIT_NUMBER), 6.0f, ZQUNIT_MS);
+  expectReal(ZQValue(2) * real(3.0f, ZQUNIT_PT3), 6.0f, ZQUNIT_PT3);
+  expectReal(real(2.0f, ZQUNIT_EM) * real(50.0f, ZQUNIT_PERCENT), 1.0f, ZQUNIT_EM);
+}
+
 TEST(ZQValueArithmetic, SquareDividedBackIsALength) {
   ZQValue area = real(2.0f, ZQUNIT_PT) * real(3.0f, ZQUNIT_PT);
   expectReal(area, 6.0f, ZQUNIT_PT2);
@@ -242,6 +260,30 @@ TEST(ZQValueItems, AddItemMakesAListFromTheSecondItem) {
   EXPECT_EQ(v.getArrayCount(), 3);
 }
 
+TEST(ZQValueItems, AddingAValueToItselfMakesAListOfTwo) {
+  ZQValue v(5);
+  v.addItem(v);
+  ASSERT_TRUE(v.isArray());
+  EXPECT_EQ(v.getArrayCount(), 2);
+  expectInteger(v.getNthItem(0), 5, ZQUNIT_NUMBER);
+  expectInteger(v.getNthItem(1), 5, ZQUNIT_NUMBER);
+  EXPECT_EQ(s8(v.toString()), "5 5");
+
+  ZQValue r(6.0f, ZQUNIT_PT);
+  r.setNamedItem(ZQName(ZQN_width), r);
+  ASSERT_TRUE(r.isCompound());
+  EXPECT_EQ(r.getNamedValueMap()->getCount(), 2);
+  expectReal(r.getNamedItem(ZQName()), 6.0f, ZQUNIT_PT);
+  expectReal(r.getNamedItem(ZQName(ZQN_width)), 6.0f, ZQUNIT_PT);
+  EXPECT_EQ(s8(r.toString()), "{.: 6pt; width: 6pt}");
+
+  ZQNamedValue n(ZQValue(7), ZQName(ZQN_height));
+  n.setNamedItem(n);
+  ASSERT_TRUE(n.isCompound());
+  expectInteger(n.getNamedItem(ZQName(ZQN_height)), 7, ZQUNIT_NUMBER);
+  expectInteger(n.getNamedItem(ZQName()), 7, ZQUNIT_NUMBER);
+}
+
 TEST(ZQValueItems, NthItemOfASingleValue) {
   ZQValue v(5);
   EXPECT_EQ(v.getNthItem(0).getIntegerValue(), 5);
@@ -313,6 +355,26 @@ TEST(ZQValueItems, SumItemResolvesPercentagesAgainstTheBase) {
   list.addItem(ZQValue(1.0f, ZQUNIT_EM));
   EXPECT_TRUE(list.sumItem(base).isNull());
   EXPECT_TRUE(ZQValue(new ZQValueArray()).sumItem(base).isNull());
+}
+
+TEST(ZQValueItems, SumItemOfNestedLists) {
+  ZQValue base(100.0f, ZQUNIT_PT);
+  ZQValue inner;
+  inner.addItem(ZQValue(10.0f, ZQUNIT_PERCENT));
+  inner.addItem(ZQValue(2.0f, ZQUNIT_PT));
+  ZQValue outer;
+  outer.addItem(ZQValue(1.0f, ZQUNIT_PT));
+  outer.addItem(inner);
+  expectReal(outer.sumItem(base), 13.0f, ZQUNIT_PT);
+  // Integers add up as integers; a percentage against a plain number is a plain number.
+  ZQValue ints;
+  ints.addItem(ZQValue(2));
+  ints.addItem(ZQValue(3));
+  expectInteger(ints.sumItem(base), 5, ZQUNIT_NUMBER);
+  expectReal(ZQValue(50.0f, ZQUNIT_PERCENT).sumItem(ZQValue(8)), 4.0f, ZQUNIT_NUMBER);
+  // A percentage against nothing numeric has no meaning.
+  EXPECT_TRUE(ZQValue(50.0f, ZQUNIT_PERCENT).sumItem(ZQValue(ZQN_auto)).isNull());
+  EXPECT_EQ(ZQValue(ZQN_auto).sumItem(base).getNameValue(), ZQN_auto);
 }
 
 TEST(ZQValueItems, InvertItem) {

@@ -272,11 +272,11 @@ class ZQCOMMON_API ZQValue {
   UnicodeString toCssText() const;
 
   // A value as a list or a record.
-  /// Makes this value an array (type 6, unit 0, name kept) holding it as its first item,
-  /// unless it is null or already an array.
+  /// Makes this value an array (type 6, unit 0, name kept) that holds the old value as its
+  /// first item, or no item for a null value; an array stays as it is.
   void makeArray();
-  /// Makes this value a compound (type 7, unit 0, name kept) holding it as the member with
-  /// the empty name, unless it is null or already a compound.
+  /// Makes this value a compound (type 7, unit 0, name kept) that holds the old value as the
+  /// member with the empty name, or no member for a null value; a compound stays as it is.
   void makeCompound();
   /// Appends to an array; a null value becomes `item`; any other value becomes a list of two.
   void addItem(const ZQValue& item);

@@ -38,8 +38,14 @@ void ZQValue::addItem(const ZQValue& item) {
     setNameBits(name);
     return;
   }
-  if (!isArray()) makeArray();
-  static_cast<ZQValueArray*>(m_payload.o)->addItem(item);
+  if (isArray()) {
+    static_cast<ZQValueArray*>(m_payload.o)->addItem(item);
+    return;
+  }
+  // `item` may be this very value, which makeArray is about to turn into the list.
+  ZQValue second(item);
+  makeArray();
+  static_cast<ZQValueArray*>(m_payload.o)->addItem(second);
 }
 
 ZQValue ZQValue::getNthItem(int n) const {
@@ -54,13 +60,24 @@ ZQValue ZQValue::getNamedItem(ZQName name) const {
 }
 
 void ZQValue::setNamedItem(ZQName name, const ZQValue& value) {
-  if (!isCompound()) makeCompound();
-  static_cast<ZQNamedValueMap*>(m_payload.o)->setNamedItem(name, value);
+  if (isCompound()) {
+    static_cast<ZQNamedValueMap*>(m_payload.o)->setNamedItem(name, value);
+    return;
+  }
+  // `value` may be this very value, which makeCompound is about to turn into the record.
+  ZQValue member(value);
+  makeCompound();
+  static_cast<ZQNamedValueMap*>(m_payload.o)->setNamedItem(name, member);
 }
 
 void ZQValue::setNamedItem(const ZQNamedValue& member) {
-  if (!isCompound()) makeCompound();
-  static_cast<ZQNamedValueMap*>(m_payload.o)->setNamedItem(member);
+  if (isCompound()) {
+    static_cast<ZQNamedValueMap*>(m_payload.o)->setNamedItem(member);
+    return;
+  }
+  ZQNamedValue copy(member);
+  makeCompound();
+  static_cast<ZQNamedValueMap*>(m_payload.o)->setNamedItem(copy);
 }
 
 void ZQValue::removeNamedItem(ZQName name) {
