@@ -156,8 +156,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   (void)color.getSeparationRGB();
   ZQValue form(color);
   ZQColor back = form.getColorValue();
-  // The value form keeps the rgb, the kind and the alpha whatever the members hold.
+  // The value form keeps the rgb, the kind and the alpha whatever the members hold; a special
+  // colour is its rgb alone.
   if (static_cast<unsigned>(back) != static_cast<unsigned>(color)) abort();
+  const unsigned rgb = static_cast<unsigned>(color);
+  if (rgb == ZQColor::RGB_TRANSPARENT || rgb == ZQColor::RGB_INVERT ||
+      rgb == ZQColor::RGB_CURRENT_COLOR || rgb == ZQColor::RGB_INVALID) {
+    if (!form.isInteger() || !back.isRGB() || back.hasAlpha()) abort();
+    return 0;
+  }
   if (back.getProfileType() != color.getProfileType()) abort();
   if (back.hasAlpha() != color.hasAlpha()) abort();
   if (color.hasAlpha() && !sameBits(back.getAlpha(), color.getAlpha())) abort();

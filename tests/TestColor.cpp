@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <bit>
 #include <clocale>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
 #include <limits>
 #include <sstream>
 #include <string>
@@ -219,6 +221,25 @@ TEST(ZQColor, Hsl2RgbFollowsTheCssRule) {
   EXPECT_EQ(ZQColor::hsl2rgb(30, 1, 0.5f), 0xFF8000u);  // a rising edge below 1/6
 }
 
+TEST(ZQColor, Hsl2RgbWrapsAnyHue) {
+  // Positions are wrapped into 0 to 1, so a hue outside 0 to 360 names the same colour.
+  EXPECT_EQ(ZQColor::hsl2rgb(720, 1, 0.5f), 0xFF0000u);
+  EXPECT_EQ(ZQColor::hsl2rgb(-120, 1, 0.5f), 0x0000FFu);
+  EXPECT_EQ(ZQColor::hsl2rgb(-600, 1, 0.5f), 0x00FF00u);
+  EXPECT_EQ(ZQColor::hsl2rgb(1080 + 60, 1, 0.5f), 0xFFFF00u);
+  // Elsewhere the float position of a hue a turn away may differ in its last bits, and so
+  // a byte by one.
+  for (int h = 0; h < 360; h += 15) {
+    unsigned a = ZQColor::hsl2rgb(static_cast<float>(h + 360), 0.75f, 0.4f);
+    unsigned b = ZQColor::hsl2rgb(static_cast<float>(h), 0.75f, 0.4f);
+    EXPECT_LE(std::abs(ZQColor::getR(a) - ZQColor::getR(b)), 1) << h;
+    EXPECT_LE(std::abs(ZQColor::getG(a) - ZQColor::getG(b)), 1) << h;
+    EXPECT_LE(std::abs(ZQColor::getB(a) - ZQColor::getB(b)), 1) << h;
+  }
+  // Nothing defined comes of a NaN hue, but it is no crash and no stray byte.
+  EXPECT_LE(ZQColor::hsl2rgb(std::numeric_limits<float>::quiet_NaN(), 1, 0.5f), 0xFFFFFFu);
+}
+
 TEST(ZQColor, AlphaFromInteger) {
   ZQColor c;
   EXPECT_FALSE(c.hasAlpha());
@@ -293,6 +314,20 @@ TEST(ZQColor, UnknownNameIsInvalid) {
   EXPECT_TRUE(c.toString(true).isEmpty());
   EXPECT_TRUE(ZQColor(ZQName()).isInvalid());
   EXPECT_TRUE(ZQColor(ZQName(ZQN_auto)).isInvalid());
+  ZQNameTable::cleanup();
+}
+
+TEST(ZQColor, UnknownNamesDoNotGrowTheNameTable) {
+  ZQName upper(u("NOSUCHCOLOURNAME"));
+  EXPECT_TRUE(ZQColor(upper).isInvalid());
+  // The lower-case retry looks the name up and interns nothing.
+  EXPECT_EQ(ZQNameTable::getSharedNameTable()->lookupName(u("nosuchcolourname")), ZQN_EMPTY);
+  // A known colour is still found through its lower-case form.
+  EXPECT_EQ(rgbOf(ZQColor(ZQName(u("DarkSlateGrey")))), 0x2F4F4Fu);
+  EXPECT_EQ(rgbOf(ZQColor(ZQName(u("K100")))), 0u);
+  EXPECT_TRUE(ZQColor(ZQName(u("K100"))).isK100());
+  EXPECT_EQ(rgbOf(ZQColor(ZQName(u("ButtonFace")))),
+            ZQColor::reverseRGB(platform::systemColor(15)));
   ZQNameTable::cleanup();
 }
 
@@ -567,11 +602,30 @@ TEST(ZQColor, Round255AndZeroone) {
 TEST(ZQColor, Rgb2Gray) {
   ZQColor g = ZQColor::rgb2gray(0xFF0000);
   EXPECT_TRUE(g.isGrayscale());
+  EXPECT_FALSE(g.hasGrayscaleRGB());
   EXPECT_FLOAT_EQ(g.getGrayscale(), 0.3f);
   EXPECT_FLOAT_EQ(ZQColor::rgb2gray(0x00FF00).getGrayscale(), 0.59f);
   EXPECT_FLOAT_EQ(ZQColor::rgb2gray(0x0000FF).getGrayscale(), 0.11f);
   EXPECT_EQ(rgbOf(ZQColor::rgb2gray(0xFFFFFF)), 0xFFFFFFu);
+  EXPECT_EQ(std::bit_cast<uint32_t>(ZQColor::rgb2gray(0xFFFFFF).getGrayscale()), 0x3F800000u);
   EXPECT_EQ(ZQColor::rgb2gray(0).getGrayscale(), 0.0f);
+  // The weights add up to one: every neutral rgb comes back as itself.
+  for (int v = 0; v < 256; ++v) {
+    unsigned rgb = ZQColor::getRGB(v, v, v);
+    EXPECT_EQ(rgbOf(ZQColor::rgb2gray(rgb)), rgb) << v;
+  }
+  // 0.3 * 0x20 / 255 + 0.59 * 0x40 / 255 + 0.11 * 0x80 / 255 = 0.2408 -> byte 61.
+  EXPECT_EQ(rgbOf(ZQColor::rgb2gray(0x204080)), 0x3D3D3Du);
+}
+
+TEST(ZQColor, Rgb2CmykAndBackKeepsTheRgb) {
+  for (unsigned rgb = 0; rgb < 0x1000000u; rgb += 97) {
+    ZQColor c = ZQColor::rgb2cmyk(rgb);
+    ASSERT_EQ(rgbOf(c), rgb);
+    ASSERT_EQ(ZQColor::cmyk2rgb(c.getC(), c.getM(), c.getY(), c.getK()), rgb);
+    // The black part is taken out: one of c, m, y is 0.
+    ASSERT_EQ(std::min(c.getC(), std::min(c.getM(), c.getY())), 0.0f);
+  }
 }
 
 TEST(ZQColor, PackedAccessors) {
@@ -847,6 +901,30 @@ TEST(ZQColor, TextOfIcc) {
   EXPECT_EQ(s8(icc.toString(true)), "#336699 icc-color(MyProfile,0.1,0.2,0.3,0.4)");
 }
 
+TEST(ZQColor, TextNumbersArePrintfG) {
+  // %g: six significant digits, no trailing zeros, exponent form for large values.
+  ZQColor c(0.123456789f, 0.5f, 1.0f / 3.0f, 0.0f);
+  EXPECT_EQ(s8(c.toString(false)), "cmyk(0.123457,0.5,0.333333,0)");
+  ZQColor icc(ZQColor(0x010203u), u("P"), 1234567.0f, -0.000012345f, 100.0f, 0.0f);
+  EXPECT_EQ(s8(icc.toString(false)), "rgb-icc(1,2,3,P,1.23457e+06,-1.2345e-05,100,0)");
+  EXPECT_EQ(s8(icc.toString(true)), "#010203 icc-color(P,1.23457e+06,-1.2345e-05,100,0)");
+  ZQColor ex;
+  ex.setRGBex(0.123456789f, 2.0f, -0.5f);
+  EXPECT_EQ(s8(ex.toString(false)), "rgb(12.3457%,200%,-50%)");
+  ex.setAlpha(1.0f / 3.0f);
+  EXPECT_EQ(s8(ex.toString(false)), "rgba(12.3457%,200%,-50%,0.333333)");
+  EXPECT_EQ(s8(ex.toString(true)), "rgba(31,255,0,0.333333)");
+  ZQColor h;
+  h.setHSL(200.5f, 0.333f, 0.6666f);
+  EXPECT_EQ(s8(h.toString(false)), "hsl(200.5,33.3%,66.66%)");
+  // %06X of the rgb: upper case, six digits.
+  EXPECT_EQ(s8(ZQColor(0x00ABCDu).toString(false)), "#00ABCD");
+  // A separation name is written as it is, in quotes; the tint by %g.
+  ZQColor sep(u("Pantone 123 C"), 0.125f);
+  EXPECT_EQ(s8(sep.toString(false)), "rgb-icc(#SEPARATION,\"Pantone 123 C\",0.125)");
+  ZQNameTable::cleanup();
+}
+
 TEST(ZQColor, TextIgnoresTheProcessLocale) {
   // A locale with a decimal comma, when the system has one; the text keeps its point.
   const char* old = std::setlocale(LC_NUMERIC, nullptr);
@@ -880,6 +958,31 @@ TEST(ZQColorValue, PlainRGBIsAnIntegerOfUnit24) {
     EXPECT_EQ(s.getUnitType(), ZQUNIT_COLOR);
     EXPECT_EQ(static_cast<unsigned>(s.getIntegerValue()), rgbOf(special));
   }
+}
+
+TEST(ZQColorValue, SpecialColoursStayIntegersWhateverTheyCarry) {
+  ZQColor t = ZQColor::getTransparent();
+  t.setAlpha(0.5f);
+  ZQValue vt(t);
+  EXPECT_TRUE(vt.isInteger());
+  EXPECT_EQ(vt.getUnitType(), ZQUNIT_COLOR);
+  EXPECT_EQ(static_cast<unsigned>(vt.getIntegerValue()), ZQColor::RGB_TRANSPARENT);
+  EXPECT_TRUE(vt.getColorValue().isTransparent());
+  EXPECT_FALSE(vt.getColorValue().hasAlpha());
+  ZQValue vc{ZQColor(ZQColor::getCurrentColor(), 0.0f, 1.0f, 1.0f, 0.0f)};
+  EXPECT_TRUE(vc.isInteger());
+  EXPECT_TRUE(vc.getColorValue().isCurrentColor());
+  EXPECT_TRUE(vc.getColorValue().isRGB());
+  ZQValue vi{ZQColor(ZQColor::getInvert(), u("Gold"), 0.5f)};
+  EXPECT_TRUE(vi.isInteger());
+  EXPECT_EQ(rgbOf(vi.getColorValue()), ZQColor::RGB_INVERT);
+  ZQValue vbad{ZQColor(ZQColor::getInvalidColor(), 0.5f)};
+  EXPECT_TRUE(vbad.isInteger());
+  EXPECT_TRUE(vbad.getColorValue().isInvalid());
+  // Another rgb beyond 24 bits is no special colour: its kind is kept.
+  ZQValue other{ZQColor(ZQColor(0x12000000u), 0.5f)};
+  EXPECT_TRUE(other.isCompound());
+  EXPECT_TRUE(other.getColorValue().isGrayscale());
 }
 
 TEST(ZQColorValue, CompoundMembersByKind) {
@@ -1028,6 +1131,9 @@ TEST(ZQColorValue, ReadingNamesAndOtherValues) {
   EXPECT_EQ(rgbOf(ZQValue(ZQN_red).getColorValue()), 0xFF0000u);
   EXPECT_EQ(rgbOf(ZQValue(ZQN_red).getColorValue(true)), 0xFF0000u);
   EXPECT_TRUE(ZQValue(ZQN_transparent).getColorValue(true).isTransparent());
+  // A name is read by ZQColor(name), with its lower-case retry.
+  EXPECT_EQ(rgbOf(ZQValue(ZQName(u("RED"))).getColorValue(true)), 0xFF0000u);
+  EXPECT_TRUE(ZQValue(ZQName(ZQN_k100)).getColorValue().isK100());
   // A name that is no colour.
   EXPECT_TRUE(ZQValue(ZQN_auto).getColorValue().isTransparent());
   EXPECT_TRUE(ZQValue(ZQN_auto).getColorValue(true).isInvalid());

@@ -133,6 +133,13 @@ TEST(ZQLength, InvalidBound) {
   EXPECT_FALSE(ZQLength(-283464.5f).isInvalid());
   EXPECT_TRUE(ZQLength(-283465.0f).isInvalid());
   EXPECT_TRUE(ZQLength(std::numeric_limits<float>::infinity()).isInvalid());
+  EXPECT_TRUE(ZQLength(-std::numeric_limits<float>::infinity()).isInvalid());
+  // The bound is the float nearest 283464.56: valid itself, invalid one step above.
+  EXPECT_EQ(bits(ZQLength::INVALID_BOUND), bits(283464.5625f));
+  EXPECT_FALSE(ZQLength(283464.5625f).isInvalid());
+  EXPECT_FALSE(ZQLength(-283464.5625f).isInvalid());
+  EXPECT_TRUE(ZQLength(std::nextafter(283464.5625f, 1e9f)).isInvalid());
+  EXPECT_TRUE(ZQLength(std::nextafter(-283464.5625f, -1e9f)).isInvalid());
   // Ten thousand centimetres is the bound itself.
   EXPECT_FALSE(ZQLength(10000.0f, ZQUNIT_CM).isInvalid());
   EXPECT_TRUE(ZQLength(10001.0f, ZQUNIT_CM).isInvalid());
@@ -220,6 +227,9 @@ TEST(ZQInt, DefaultIsUndefinedAndSmallest) {
   EXPECT_TRUE(i.isUndef());
   EXPECT_EQ(static_cast<int>(i), INT_MIN);
   EXPECT_TRUE(ZQInt(static_cast<int>(0x80000000u)).isUndef());
+  ZQInt fromLiteral = static_cast<int>(0x80000000);
+  EXPECT_TRUE(fromLiteral.isUndef());
+  EXPECT_EQ(static_cast<int>(fromLiteral), INT_MIN);
   EXPECT_FALSE(ZQInt(0).isUndef());
   ZQInt j(5);
   j.setUndef();

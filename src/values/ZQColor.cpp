@@ -304,9 +304,11 @@ ZQColor::ZQColor(ZQNameEnum name) : ZQColor(ZQName(name)) {}
 ZQColor::ZQColor(ZQName name) : m_rgb(RGB_INVALID), m_alpha(kNoAlpha) {
   const Row* row = findRow(name);
   if (!row) {
+    // Every row is a built-in name, so the lower-case form is looked up without interning it:
+    // unknown colour names do not grow the name table.
     UnicodeString lower(name.toString());
     lower.toLower(icu::Locale::getRoot());
-    ZQName lowerName(lower);
+    ZQNameEnum lowerName = ZQNameTable::getBuiltinNameEnum(lower);
     if (lowerName != name) row = findRow(lowerName);
   }
   if (!row) return;  // the invalid colour
@@ -789,8 +791,8 @@ unsigned int ZQColor::hsl2rgb(float h, float s, float l) {
   const float m2 = l <= 0.5f ? (s + 1.0f) * l : s + l - s * l;
   const float m1 = 2.0f * l - m2;
   auto channel = [m1, m2](float p) {
-    if (p < 0.0f) p += 1.0f;
-    if (p > 1.0f) p -= 1.0f;
+    // Wrapped into 0 to 1 whatever the hue; for a hue from 0 to 360 this is one step of +1 or -1.
+    if (p < 0.0f || p > 1.0f) p -= std::floor(p);
     if (p < 1.0f / 6.0f) return (m2 - m1) * p * 6.0f + m1;
     if (p < 0.5f) return m2;
     if (p < 2.0f / 3.0f) return (m2 - m1) * (2.0f / 3.0f - p) * 6.0f + m1;

@@ -36,6 +36,16 @@ ZQValue::ZQValue(const ZQColor& color)
     : m_payload{0}, m_flags(bitfield(ZQVALUE_INTEGER, ZQUNIT_COLOR, ZQN_EMPTY)) {
   m_payload.i = static_cast<int32_t>(color.m_rgb);
   if (color.isRGB() && !color.hasAlpha() && !color.isRGBex()) return;
+  // The special colours are their rgb alone, whatever else they carry.
+  switch (color.m_rgb) {
+    case ZQColor::RGB_TRANSPARENT:
+    case ZQColor::RGB_INVERT:
+    case ZQColor::RGB_CURRENT_COLOR:
+    case ZQColor::RGB_INVALID:
+      return;
+    default:
+      break;
+  }
 
   ZQValue inner(new ZQNamedValueMap());
   ZQNameEnum key;
