@@ -30,6 +30,7 @@ class ZQCOMMON_API ZQUtil {
   /// Quotes `text` by `mode`: the quote character, then the escape of the highest escape bit.
   static UnicodeString quoteString(const UnicodeString& text, QuoteMode mode);
   /// Reads a (quoted) string at `p`; `*end` goes behind it. Bogus for a missing or open quote.
+  /// As in quoteString the highest escape bit decides: with both, only "\uXXXX" escapes.
   static UnicodeString parseString(const char16_t* p, const char16_t** end, QuoteMode mode);
   /// Trims `text` and reads it as one quoted string; bogus when it is not one.
   static UnicodeString unquoteString(const UnicodeString& text, QuoteMode mode);
