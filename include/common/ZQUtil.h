@@ -51,7 +51,8 @@ class ZQCOMMON_API ZQUtil {
   static int parseDigits(const char16_t* p, const char16_t** end);
   /// Decimal digits of `text` from `start`, at most `count` of them (-1: to the end).
   static int parseDigits(const UnicodeString& text, int start, int count);
-  /// Hexadecimal digits after white space, at most `maxDigits` of them (-1: no limit).
+  /// Hexadecimal digits after white space, at most `maxDigits` of them (-1: no limit);
+  /// a value beyond 32 bits gives 0xFFFFFFFF.
   static unsigned parseHexNum(const char16_t* p, const char16_t** end, int maxDigits);
 
   /// Decimal text of an integer.
