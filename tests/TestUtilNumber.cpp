@@ -89,6 +89,24 @@ TEST(ZQUtilParseNumber, IntegerPartOf98CharactersGivesZero) {
   EXPECT_EQ(number(signedDigits.c_str()).value, 0.0);
 }
 
+TEST(ZQUtilParseNumber, EitherSignCountsAmongThe98Characters) {
+  // A sign and 97 digits fill the 98 characters, whichever the sign.
+  const std::u16string digits97(97, u'3');
+  Number plus = number((u"+" + digits97).c_str());
+  EXPECT_EQ(plus.value, 0.0);
+  EXPECT_EQ(plus.consumed, 98);
+  EXPECT_EQ(number((u"-" + digits97).c_str()).value, 0.0);
+  // One digit fewer is a number, and its fraction no longer fits.
+  const std::u16string digits96(96, u'3');
+  const double whole = number(digits96.c_str()).value;
+  EXPECT_GT(whole, 3e95);
+  Number p = number((u"+" + digits96 + u".9").c_str());
+  EXPECT_EQ(p.value, whole);
+  EXPECT_EQ(p.consumed, 99);
+  EXPECT_TRUE(p.point);
+  EXPECT_EQ(number((u"-" + digits96 + u".9").c_str()).value, -whole);
+}
+
 TEST(ZQUtilParseNumber, LongFractionIsCutButConsumed) {
   std::u16string s = u"1." + std::u16string(200, u'5') + u"x";
   Number n = number(s.c_str());
@@ -154,6 +172,18 @@ TEST(ZQUtilParseHexNum, LongRunsAreConsumedAndSaturate) {
   EXPECT_EQ(ZQUtil::parseHexNum(s.c_str(), &end, -1), 0xFFFFFFFFu);
   EXPECT_EQ(end, s.c_str() + 150);
   EXPECT_EQ(ZQUtil::parseHexNum(u"FFFFFFFF", nullptr, -1), 0xFFFFFFFFu);
+}
+
+TEST(ZQUtilParseHexNum, ValuesBeyond32BitsSaturate) {
+  const char16_t* s = u"123456789 ";
+  const char16_t* end = nullptr;
+  EXPECT_EQ(ZQUtil::parseHexNum(s, &end, -1), 0xFFFFFFFFu);
+  EXPECT_EQ(end, s + 9);
+  EXPECT_EQ(ZQUtil::parseHexNum(u"100000000", nullptr, -1), 0xFFFFFFFFu);
+  EXPECT_EQ(ZQUtil::parseHexNum(u"FFFFFFFFFFFFFFFF0", nullptr, -1), 0xFFFFFFFFu);
+  // Leading zeros do not make a value large.
+  EXPECT_EQ(ZQUtil::parseHexNum(u"0000000000FF", nullptr, -1), 0xFFu);
+  EXPECT_EQ(ZQUtil::parseHexNum(u"123456789", nullptr, 8), 0x12345678u);
 }
 
 // ---- printing ----

@@ -230,6 +230,18 @@ TEST(ZQUtilParseString, UnicodeEscapeDetails) {
   EXPECT_EQ(utf8(parse(u"'\\u0041'", 2).text), "\\u0041");
 }
 
+TEST(ZQUtilParseString, UnicodeEscapesWinOverCssEscapes) {
+  // With both escape bits the reader follows the highest, as quoteString does: only "\u"
+  // escapes, and every other backslash stays.
+  EXPECT_EQ(utf8(parse(u"'\\u0041\\41 \\\nb'", 26).text), "A\\41 \\\nb");
+  EXPECT_EQ(utf8(parse(u"\\u0041\\41", 24).text), "A\\41");
+  Parsed r = parse(u"'a\\'b'", 26);  // a backslash does not escape the quote either
+  EXPECT_EQ(utf8(r.text), "a\\");
+  EXPECT_EQ(r.consumed, 4);
+  // CSS escapes alone still work.
+  EXPECT_EQ(utf8(parse(u"'\\41 \\u0041'", 10).text), "Au0041");
+}
+
 TEST(ZQUtilParseString, BackslashIsOrdinaryWithoutEscapeBits) {
   Parsed r = parse(u"'a\\'b'", 2);
   EXPECT_EQ(utf8(r.text), "a\\");

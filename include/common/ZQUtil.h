@@ -30,6 +30,7 @@ class ZQCOMMON_API ZQUtil {
   /// Quotes `text` by `mode`: the quote character, then the escape of the highest escape bit.
   static UnicodeString quoteString(const UnicodeString& text, QuoteMode mode);
   /// Reads a (quoted) string at `p`; `*end` goes behind it. Bogus for a missing or open quote.
+  /// As in quoteString the highest escape bit decides: with both, only "\uXXXX" escapes.
   static UnicodeString parseString(const char16_t* p, const char16_t** end, QuoteMode mode);
   /// Trims `text` and reads it as one quoted string; bogus when it is not one.
   static UnicodeString unquoteString(const UnicodeString& text, QuoteMode mode);
@@ -50,7 +51,8 @@ class ZQCOMMON_API ZQUtil {
   static int parseDigits(const char16_t* p, const char16_t** end);
   /// Decimal digits of `text` from `start`, at most `count` of them (-1: to the end).
   static int parseDigits(const UnicodeString& text, int start, int count);
-  /// Hexadecimal digits after white space, at most `maxDigits` of them (-1: no limit).
+  /// Hexadecimal digits after white space, at most `maxDigits` of them (-1: no limit);
+  /// a value beyond 32 bits gives 0xFFFFFFFF.
   static unsigned parseHexNum(const char16_t* p, const char16_t** end, int maxDigits);
 
   /// Decimal text of an integer.

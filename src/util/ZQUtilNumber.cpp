@@ -41,6 +41,7 @@ UnicodeString hexText(unsigned long long v, int width) {
   int pad = width > static_cast<int>(n) ? width - static_cast<int>(n) : 0;
   UnicodeString out;
   char16_t* buf = out.getBuffer(pad + static_cast<int32_t>(n));
+  if (!buf) return out;  // a width beyond memory
   for (int i = 0; i < pad; ++i) buf[i] = u'0';
   for (size_t i = 0; i < n; ++i) {
     char c = digits[i];
@@ -68,10 +69,8 @@ double ZQUtil::parseNumber(const char16_t* p, const char16_t** end, bool* hasPoi
   char buf[kMaxNumberChars + 1];
   int n = 0;
   bool tooLong = false;
-  if (*q == u'+' || *q == u'-') {
-    if (*q == u'-') buf[n++] = '-';
-    ++q;
-  }
+  // The sign is one of the kept characters, whichever it is.
+  if (*q == u'+' || *q == u'-') buf[n++] = static_cast<char>(*q++);
   int digits = 0;
   while (isDigit(*q)) {
     if (n < kMaxNumberChars) buf[n++] = static_cast<char>(*q);
@@ -101,8 +100,10 @@ double ZQUtil::parseNumber(const char16_t* p, const char16_t** end, bool* hasPoi
   if (tooLong) return 0.0;
 
   // No exponent and at most 98 characters: always within the range of a double.
+  // from_chars reads no '+', which changes nothing for the value.
+  const char* first = buf[0] == '+' ? buf + 1 : buf;
   double value = 0.0;
-  if (std::from_chars(buf, buf + n, value).ec != std::errc()) value = 0.0;
+  if (std::from_chars(first, buf + n, value).ec != std::errc()) value = 0.0;
   return value;
 }
 
@@ -154,8 +155,10 @@ unsigned ZQUtil::parseHexNum(const char16_t* p, const char16_t** end, int maxDig
   if (n == 0) return 0;
   buf[n] = 0;
   if (end) *end = q;
-  // strtoul saturates at its own width; the result is its low 32 bits as a C cast gives.
-  return static_cast<unsigned>(std::strtoul(buf, nullptr, 16));
+  // strtoul saturates at the largest value of its type; so does this result, whose type is
+  // narrower than a 64-bit unsigned long.
+  const unsigned long value = std::strtoul(buf, nullptr, 16);
+  return value > UINT_MAX ? UINT_MAX : static_cast<unsigned>(value);
 }
 
 UnicodeString ZQUtil::toString(int value) {

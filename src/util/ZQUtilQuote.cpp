@@ -144,16 +144,19 @@ UnicodeString ZQUtil::parseString(const char16_t* p, const char16_t** end, Quote
       break;
     }
     if (c == u'\\') {
-      if ((m & QUOTE_UNICODE) && q[1] == u'u') {
-        const char16_t* after = q + 2;
-        unsigned cp = parseHexNum(after, &after, 4);
-        if (after != q + 2) {  // without a digit the backslash is an ordinary character
-          appendCodePoint(out, cp);
-          q = after;
-          continue;
+      // As in quoteString, the highest escape bit decides: with \uXXXX escapes every other
+      // backslash stays, even when CSS escapes are asked for too.
+      if (m & QUOTE_UNICODE) {
+        if (q[1] == u'u') {
+          const char16_t* after = q + 2;
+          unsigned cp = parseHexNum(after, &after, 4);
+          if (after != q + 2) {  // without a digit the backslash is an ordinary character
+            appendCodePoint(out, cp);
+            q = after;
+            continue;
+          }
         }
-      }
-      if (m & QUOTE_CSS) {
+      } else if (m & QUOTE_CSS) {
         char16_t n = q[1];
         if (n == 0) {  // a lone backslash at the end of the text is dropped
           ++q;
