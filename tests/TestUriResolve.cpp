@@ -225,6 +225,11 @@ TEST(UriFileRepair, ThreeSlashesTakeTheDriveOfAFileBase) {
   EXPECT_EQ(R(u"FILE:///e:/q/r.xml", u"file:///a.xml"), u"FILE:///e:/a.xml");
 }
 
+TEST(UriFileRepair, DriveTakenFromTheBaseBringsNoQuery) {
+  // The base's first 11 characters may end in a query; a file result carries none.
+  EXPECT_EQ(R(u"file:///C:?x/y", u"file:///a.xml#f"), u"file:///C:#f");
+}
+
 TEST(UriFileRepair, ThreeSlashesOtherwiseStand) {
   EXPECT_EQ(R(u"http://x/y/z", u"file:///a.xml#f"), u"file:///a.xml#f");
   EXPECT_EQ(R(u"file:///home/u/x.xml", u"file:///a.xml"), u"file:///a.xml");

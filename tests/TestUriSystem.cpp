@@ -9,6 +9,7 @@
 #include <filesystem>
 
 #include "UriTestSupport.h"
+#include "common/ZQString.h"
 #include "common/ZQTypeId.h"
 #include "common/ZQUri.h"
 #include "common/ZQXmlCatalogs.h"
@@ -184,6 +185,36 @@ TEST(UriModule, NoDirectoryButALibraryPath) {
   EXPECT_EQ(str(ZQUri::getModuleUri(nullptr, "lib/x.so", nullptr)), u"lib/x.so");
 }
 
+TEST(UriModule, LibraryPathTestIsCaseSensitive) {
+  // "x.dll" is the answer as it stands: normalised whole, so the fragment is escaped too.
+  EXPECT_EQ(str(ZQUri::getModuleUri(nullptr, "a b#c d.dll", nullptr)), u"a%20b#c%20d.dll");
+  // "X.DLL" is not: it is resolved against "./", which keeps its fragment as it came.
+  EXPECT_EQ(str(ZQUri::getModuleUri(nullptr, "a b#c d.DLL", nullptr)), u"a%20b#c d.DLL");
+}
+
+TEST(UriModule, EnvironmentValueIsReadUpTo1024Characters) {
+  uritest::TempDir dir;
+  // Directories whose paths are 1024 and 1025 characters long, ending in long names, so that
+  // no shorter prefix of either names a directory.
+  std::string deep = dir.path;
+  while (deep.size() + 1 + 200 + 1 + 100 <= 1024) deep += "/" + std::string(200, 'd');
+  deep += "/" + std::string(1024 - deep.size() - 1, 'e');
+  ASSERT_EQ(deep.size(), 1024u);
+  ASSERT_GE(deep.size() - deep.rfind('/'), 50u);
+  std::string deeper =
+      deep.substr(0, deep.rfind('/') + 1) + std::string(deep.size() - deep.rfind('/'), 'f');
+  ASSERT_EQ(deeper.size(), 1025u);
+  std::filesystem::create_directories(deep);
+  std::filesystem::create_directories(deeper);
+  // What lies behind the 1024th character is not read.
+  ScopedEnv env("ZQ_URI_TEST_HOME", deep + "/no-such-child");
+  EXPECT_EQ(str(ZQUri::getModuleUri(nullptr, "a.xml", "ZQ_URI_TEST_HOME")),
+            str(S(deep + "/a.xml")));
+  // So a directory of 1025 characters is not found, and nothing else is.
+  ScopedEnv longer("ZQ_URI_TEST_HOME2", deeper);
+  EXPECT_EQ(str(ZQUri::getModuleUri(nullptr, "a.xml", "ZQ_URI_TEST_HOME2")), u"a.xml");
+}
+
 TEST(UriModule, NoDirectoryAtAll) {
   EXPECT_EQ(str(ZQUri::getModuleUri(nullptr, nullptr, nullptr)), u".");
   EXPECT_EQ(str(ZQUri::getModuleUri("no-such-module", "", "")), u".");
@@ -222,7 +253,7 @@ TEST(UriLibrary, MissingLibraryIsNull) {
 
 TEST(UriUserAgent, StoredCopyUntilCleanup) {
   ZQUri::cleanup();
-  EXPECT_TRUE(ZQUri::getUserAgent().isEmpty());
+  EXPECT_EQ(&ZQUri::getUserAgent(), &ZQEmptyString::getEmptyString());
   UnicodeString agent(u"Tester/1.0");
   ZQUri::setUserAgent(agent);
   agent = u"changed";

@@ -103,9 +103,16 @@ void resolveInto(TextBuf& out, View baseText, View r, int kindWithFlags) {
     } else if (startsWith(r.substr(5), u"///")) {
       if (!hasDriveLetter(r, 8) && startsWithNoCase(baseText, u"file:") &&
           hasDriveLetter(baseText, 8)) {
-        // Rooted on the base's drive.
-        append(out, baseText.substr(0, 11));
-        append(out, removeQuery(r.substr(8)));
+        // Rooted on the base's drive. The base's head may hold a '?' too, and a file has no
+        // query, so the cut applies to the joined text.
+        const View head = baseText.substr(0, 11);
+        const size_t q = findChar(head, u'?');
+        if (q != View::npos) {
+          append(out, head.substr(0, q));
+        } else {
+          append(out, head);
+          append(out, removeQuery(r.substr(8)));
+        }
       } else {
         append(out, removeQuery(r));
       }

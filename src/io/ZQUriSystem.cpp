@@ -33,15 +33,9 @@ std::string toUtf8(const UnicodeString& s) {
   return out;
 }
 
-bool endsWithNoCase(const std::string& s, const char* tail) {
+bool endsWith(const std::string& s, const char* tail) {
   size_t n = std::char_traits<char>::length(tail);
-  if (s.size() < n) return false;
-  for (size_t i = 0; i < n; ++i) {
-    char c = s[s.size() - n + i];
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + 32);
-    if (c != tail[i]) return false;
-  }
-  return true;
+  return s.size() >= n && s.compare(s.size() - n, n, tail) == 0;
 }
 
 }  // namespace
@@ -67,7 +61,7 @@ ZQUri ZQUri::getModuleUri(const char* module, const char* path, const char* envV
   const std::string pathText = path ? path : "";
   if (directory.isEmpty()) {
     // A library named by itself ("x.dll", here also "x.so") is the answer.
-    if (endsWithNoCase(pathText, ".dll") || endsWithNoCase(pathText, ".so")) {
+    if (endsWith(pathText, ".dll") || endsWith(pathText, ".so")) {
       return ZQUri(UnicodeString::fromUTF8(pathText), URISTR_AUTO);
     }
     directory = UnicodeString(u"./");
