@@ -7,6 +7,7 @@
 #include "common/ZQLock.h"
 #include "common/ZQString.h"
 #include "common/ZQUri.h"
+#include "core/ZQUnload.h"
 #include "core/platform/ZQPlatformModule.h"
 
 namespace ZQCommonNS {
@@ -21,6 +22,7 @@ ZQLock& uriLock() {
 }
 
 UnicodeString* s_userAgent = nullptr;
+const bool s_unloadRegistered = (registerUnloadCleanup(&ZQUri::cleanup), true);
 ZQUriReferenceResolver2* s_resolver2 = nullptr;
 // INT_MIN marks "keep the platform's default".
 int s_connectTimeout = INT_MIN;

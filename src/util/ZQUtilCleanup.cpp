@@ -3,15 +3,19 @@
 
 #include "common/ZQLock.h"
 #include "common/ZQUtil.h"
+#include "core/ZQUnload.h"
 #include "util/ZQUtilInternal.h"
 
 namespace ZQCommonNS {
 
 namespace {
+// Never destroyed: ZQUtil::cleanup runs at unload, after the other static objects are gone.
 std::vector<void (*)()>& cleanupList() {
-  static std::vector<void (*)()> list;
-  return list;
+  static auto* list = new std::vector<void (*)()>();
+  return *list;
 }
+
+const bool s_unloadRegistered = (registerUnloadCleanup(&ZQUtil::cleanup), true);
 }  // namespace
 
 void util::addCleanup(void (*release)()) {
