@@ -53,21 +53,9 @@ Strings& strings() {
   return s;
 }
 
-template <class F>
-void run(benchmark::State& state, F&& body) {
-  size_t before = zqbench::allocationCount();
-  size_t ops = 0;
-  for (auto _ : state) {
-    ops += body();
-  }
-  state.counters["allocs/op"] = benchmark::Counter(
-      static_cast<double>(zqbench::allocationCount() - before) / static_cast<double>(ops));
-  state.SetItemsProcessed(static_cast<int64_t>(ops));
-}
-
 void BM_ZQName_BuiltinHit(benchmark::State& state) {
   auto& s = strings();
-  run(state, [&] {
+  zqbench::runCounted(state, [&] {
     for (auto& text : s.builtin) benchmark::DoNotOptimize(ZQNameTable::getSharedNameEnum(text));
     return kCount;
   });
@@ -75,7 +63,7 @@ void BM_ZQName_BuiltinHit(benchmark::State& state) {
 
 void BM_PlainMap_BuiltinHit(benchmark::State& state) {
   auto& s = strings();
-  run(state, [&] {
+  zqbench::runCounted(state, [&] {
     for (auto& text : s.builtin16) benchmark::DoNotOptimize(s.plain.find(text)->second);
     return kCount;
   });
@@ -83,7 +71,7 @@ void BM_PlainMap_BuiltinHit(benchmark::State& state) {
 
 void BM_ZQName_RuntimeHit(benchmark::State& state) {
   auto& s = strings();
-  run(state, [&] {
+  zqbench::runCounted(state, [&] {
     for (auto& text : s.runtime) benchmark::DoNotOptimize(ZQNameTable::getSharedNameEnum(text));
     return kCount;
   });
@@ -91,7 +79,7 @@ void BM_ZQName_RuntimeHit(benchmark::State& state) {
 
 void BM_PlainMap_RuntimeHit(benchmark::State& state) {
   auto& s = strings();
-  run(state, [&] {
+  zqbench::runCounted(state, [&] {
     for (auto& text : s.runtime16) benchmark::DoNotOptimize(s.plain.find(text)->second);
     return kCount;
   });
@@ -100,7 +88,7 @@ void BM_PlainMap_RuntimeHit(benchmark::State& state) {
 void BM_ZQName_RuntimeMiss(benchmark::State& state) {
   auto& s = strings();
   ZQNameTable* table = ZQNameTable::getSharedNameTable();
-  run(state, [&] {
+  zqbench::runCounted(state, [&] {
     for (auto& text : s.missing) benchmark::DoNotOptimize(table->lookupName(text));
     return kCount;
   });
@@ -108,14 +96,14 @@ void BM_ZQName_RuntimeMiss(benchmark::State& state) {
 
 void BM_PlainMap_RuntimeMiss(benchmark::State& state) {
   auto& s = strings();
-  run(state, [&] {
+  zqbench::runCounted(state, [&] {
     for (auto& text : s.missing16) benchmark::DoNotOptimize(s.plain.find(text) == s.plain.end());
     return kCount;
   });
 }
 
 void BM_ZQName_BuiltinString(benchmark::State& state) {
-  run(state, [&] {
+  zqbench::runCounted(state, [&] {
     for (int i = 1; i < 64; ++i) {
       benchmark::DoNotOptimize(ZQNameTable::getSharedNameString(static_cast<ZQNameEnum>(i * 40)));
     }

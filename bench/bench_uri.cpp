@@ -44,16 +44,6 @@ const Pair kPairs[] = {
 };
 constexpr size_t kCount = sizeof(kPairs) / sizeof(kPairs[0]);
 
-template <class F>
-void run(benchmark::State& state, F&& body) {
-  size_t before = zqbench::allocationCount();
-  size_t ops = 0;
-  for (auto _ : state) ops += body();
-  state.counters["allocs/op"] = benchmark::Counter(
-      static_cast<double>(zqbench::allocationCount() - before) / static_cast<double>(ops));
-  state.SetItemsProcessed(static_cast<int64_t>(ops));
-}
-
 struct ZQSide {
   std::vector<ZQUri> bases;
   std::vector<UnicodeString> refs;
@@ -67,7 +57,7 @@ struct ZQSide {
 
 void BM_ZQUri_Resolve(benchmark::State& state) {
   static ZQSide side;
-  run(state, [&] {
+  zqbench::runCounted(state, [&] {
     for (size_t i = 0; i < kCount; ++i) {
       ZQUri resolved(side.bases[i], side.refs[i], ZQUri::URISTR_URI);
       benchmark::DoNotOptimize(resolved.toString().length());
@@ -80,7 +70,7 @@ BENCHMARK(BM_ZQUri_Resolve);
 // The same through the constructor that asks the file system first (URISTR_AUTO).
 void BM_ZQUri_ResolveAuto(benchmark::State& state) {
   static ZQSide side;
-  run(state, [&] {
+  zqbench::runCounted(state, [&] {
     for (size_t i = 0; i < kCount; ++i) {
       ZQUri resolved(side.bases[i], side.refs[i]);
       benchmark::DoNotOptimize(resolved.toString().length());
@@ -97,7 +87,7 @@ void BM_ZQUri_NormalisePath(benchmark::State& state) {
       UnicodeString(u"\\\\server\\share\\fonts\\serif.ttf"),
       UnicodeString(u"images/figure 01.svg"),
   };
-  run(state, [&] {
+  zqbench::runCounted(state, [&] {
     for (const auto& p : paths) {
       ZQUri u(p, ZQUri::URISTR_PATH);
       benchmark::DoNotOptimize(u.toString().length());
@@ -130,7 +120,7 @@ struct ParserSide {
 void BM_UriParser_Resolve(benchmark::State& state) {
   static ParserSide side;
   std::string out;
-  run(state, [&] {
+  zqbench::runCounted(state, [&] {
     for (size_t i = 0; i < kCount; ++i) {
       UriUriA ref, resolved;
       const char* error = nullptr;

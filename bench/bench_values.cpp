@@ -13,18 +13,6 @@ using namespace ZQCommonNS;
 
 namespace {
 
-template <class F>
-void run(benchmark::State& state, F&& body) {
-  size_t before = zqbench::allocationCount();
-  size_t ops = 0;
-  for (auto _ : state) {
-    ops += body();
-  }
-  state.counters["allocs/op"] = benchmark::Counter(
-      static_cast<double>(zqbench::allocationCount() - before) / static_cast<double>(ops));
-  state.SetItemsProcessed(static_cast<int64_t>(ops));
-}
-
 // A handful of numbers as property values hold them.
 std::vector<ZQValue> numbers() {
   return {ZQValue(12),
@@ -39,7 +27,7 @@ std::vector<ZQValue> numbers() {
 
 void BM_Value_CopyNumeric(benchmark::State& state) {
   std::vector<ZQValue> in = numbers();
-  run(state, [&] {
+  zqbench::runCounted(state, [&] {
     for (const ZQValue& v : in) {
       ZQValue copy(v);
       benchmark::DoNotOptimize(copy);
@@ -50,7 +38,7 @@ void BM_Value_CopyNumeric(benchmark::State& state) {
 
 void BM_Value_CompareNumeric(benchmark::State& state) {
   std::vector<ZQValue> in = numbers();
-  run(state, [&] {
+  zqbench::runCounted(state, [&] {
     size_t n = 0;
     for (const ZQValue& a : in) {
       for (const ZQValue& b : in) {
@@ -67,7 +55,7 @@ void BM_Value_AddNumeric(benchmark::State& state) {
   const ZQValue lengths[] = {ZQValue(1.0f, ZQUNIT_IN), ZQValue(72.0f, ZQUNIT_PT),
                              ZQValue(2.0f, ZQUNIT_CM), ZQValue(5.0f, ZQUNIT_MM)};
   const ZQValue ints[] = {ZQValue(2), ZQValue(3), ZQValue(-7), ZQValue(11)};
-  run(state, [&] {
+  zqbench::runCounted(state, [&] {
     for (const ZQValue& a : lengths) {
       for (const ZQValue& b : lengths) benchmark::DoNotOptimize(a + b);
     }
@@ -90,7 +78,7 @@ void BM_NamedValueMap_Lookup(benchmark::State& state) {
   std::vector<ZQName> k = keys(count);
   ZQPtr<ZQNamedValueMap> map(new ZQNamedValueMap());
   for (int i = 0; i < count; ++i) map->setNamedItem(k[static_cast<size_t>(i)], ZQValue(i));
-  run(state, [&] {
+  zqbench::runCounted(state, [&] {
     ZQValue result;
     for (const ZQName& name : k) {
       map->getNamedItemFast(name, result);
@@ -105,7 +93,7 @@ void BM_NamedValueMap_GetNamedItem(benchmark::State& state) {
   std::vector<ZQName> k = keys(count);
   ZQPtr<ZQNamedValueMap> map(new ZQNamedValueMap());
   for (int i = 0; i < count; ++i) map->setNamedItem(k[static_cast<size_t>(i)], ZQValue(i));
-  run(state, [&] {
+  zqbench::runCounted(state, [&] {
     for (const ZQName& name : k) benchmark::DoNotOptimize(map->getNamedItem(name));
     return k.size();
   });
@@ -117,7 +105,7 @@ void BM_UnorderedMap_Lookup(benchmark::State& state) {
   std::unordered_map<int, ZQValue> map;
   for (int i = 0; i < count; ++i)
     map.emplace(static_cast<int>(k[static_cast<size_t>(i)]), ZQValue(i));
-  run(state, [&] {
+  zqbench::runCounted(state, [&] {
     ZQValue result;
     for (const ZQName& name : k) {
       auto it = map.find(static_cast<int>(name));
@@ -135,7 +123,7 @@ void BM_NamedValueMap_Miss(benchmark::State& state) {
   for (int i = 0; i < count; ++i) map->setNamedItem(k[static_cast<size_t>(i)], ZQValue(i));
   std::vector<ZQName> absent;
   for (int i = 0; i < count; ++i) absent.emplace_back(static_cast<ZQNameEnum>(18 + i * 41));
-  run(state, [&] {
+  zqbench::runCounted(state, [&] {
     ZQValue result;
     for (const ZQName& name : absent) map->getNamedItemFast(name, result);
     benchmark::DoNotOptimize(result);
@@ -151,7 +139,7 @@ void BM_UnorderedMap_Miss(benchmark::State& state) {
     map.emplace(static_cast<int>(k[static_cast<size_t>(i)]), ZQValue(i));
   std::vector<int> absent;
   for (int i = 0; i < count; ++i) absent.push_back(18 + i * 41);
-  run(state, [&] {
+  zqbench::runCounted(state, [&] {
     size_t found = 0;
     for (int name : absent) found += map.count(name);
     benchmark::DoNotOptimize(found);

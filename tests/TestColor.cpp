@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include "TestSupport.h"
+
 #include <algorithm>
 #include <bit>
 #include <clocale>
@@ -21,11 +23,8 @@ using namespace ZQCommonNS;
 
 namespace {
 
-UnicodeString u(const char* s) { return UnicodeString(s, -1, US_INV); }
-std::string s8(const UnicodeString& s) {
-  std::string out;
-  return s.toUTF8String(out);
-}
+using zqtest::s8;
+using zqtest::u;
 unsigned rgbOf(const ZQColor& c) { return static_cast<unsigned int>(c); }
 ZQValue pct(float v) { return ZQValue(v, ZQUNIT_PERCENT); }
 ZQValue num(float v) { return ZQValue(v, ZQUNIT_NUMBER); }

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include "TestSupport.h"
+
 #include <atomic>
 #include <chrono>
 #include <fstream>
@@ -24,7 +26,7 @@ class NameTableTest : public ::testing::Test {
   void TearDown() override { ZQNameTable::cleanup(); }
 };
 
-UnicodeString u(const char* s) { return UnicodeString(s, -1, US_INV); }
+using zqtest::u;
 
 TEST_F(NameTableTest, EmptyNamesAreOneAndBuiltin) {
   ZQName a{UnicodeString()};

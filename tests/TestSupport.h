@@ -15,4 +15,13 @@ inline std::string utf8(const icu::UnicodeString& s) {
   return out;
 }
 
+/// A string of ASCII text.
+inline icu::UnicodeString u(const char* s) { return icu::UnicodeString(s, -1, US_INV); }
+
+/// UTF-8 of a string, bogus or not, as ICU writes it.
+inline std::string s8(const icu::UnicodeString& s) {
+  std::string out;
+  return s.toUTF8String(out);
+}
+
 }  // namespace zqtest

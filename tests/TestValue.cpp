@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include "TestSupport.h"
+
 #include <bit>
 #include <climits>
 #include <cmath>
@@ -17,11 +19,8 @@ using namespace ZQCommonNS;
 
 namespace {
 
-UnicodeString u(const char* s) { return UnicodeString(s, -1, US_INV); }
-std::string s8(const UnicodeString& s) {
-  std::string out;
-  return s.toUTF8String(out);
-}
+using zqtest::s8;
+using zqtest::u;
 uint32_t bits(float f) { return std::bit_cast<uint32_t>(f); }
 float nan() { return std::numeric_limits<float>::quiet_NaN(); }
 

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include "TestSupport.h"
+
 #include <climits>
 #include <cmath>
 #include <cstdint>
@@ -14,11 +16,8 @@ using namespace ZQCommonNS;
 
 namespace {
 
-UnicodeString u(const char* s) { return UnicodeString(s, -1, US_INV); }
-std::string s8(const UnicodeString& s) {
-  std::string out;
-  return s.toUTF8String(out);
-}
+using zqtest::s8;
+using zqtest::u;
 
 ZQValue intIn(int v, ZQUnitType unit) {
   ZQValue x(v);

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include "TestSupport.h"
+
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -14,7 +16,7 @@ using namespace ZQCommonNS;
 
 namespace {
 
-UnicodeString u(const char* s) { return UnicodeString(s, -1, US_INV); }
+using zqtest::u;
 
 uint64_t flagsWord(const ZQValue& v) {
   uint64_t w[2];

@@ -367,6 +367,8 @@ class ZQCOMMON_API ZQValue {
   bool sameTypeEqual(const ZQValue& other) const;
   /// Normalizes both sides of a sum; false when their units still differ.
   bool alignForSum(ZQValue& right);
+  // Both sides of a product or quotient as reals in their normal units, percentages as numbers.
+  void alignForProduct(ZQValue& right);
   /// Puts `array` in place of the array held, keeping the flags.
   void replaceArray(ZQValueArray* array);
 

@@ -38,6 +38,15 @@ bool ZQValue::alignForSum(ZQValue& right) {
   return true;
 }
 
+void ZQValue::alignForProduct(ZQValue& right) {
+  normalizeUnit();
+  right.normalizeUnit();
+  makeReal();
+  right.makeReal();
+  percentToNumber(*this);
+  percentToNumber(right);
+}
+
 ZQValue& ZQValue::operator+=(const ZQValue& other) {
   if (!isNumeric() || !other.isNumeric()) return *this = NULL_VALUE;
   ZQValue right(other);
@@ -65,12 +74,7 @@ ZQValue& ZQValue::operator-=(const ZQValue& other) {
 ZQValue& ZQValue::operator*=(const ZQValue& other) {
   if (!isNumeric() || !other.isNumeric()) return *this = NULL_VALUE;
   ZQValue right(other);
-  normalizeUnit();
-  right.normalizeUnit();
-  makeReal();
-  right.makeReal();
-  percentToNumber(*this);
-  percentToNumber(right);
+  alignForProduct(right);
   const float product = m_payload.f * right.m_payload.f;
   const int left = getUnitType(), r = right.getUnitType();
   int unit;
@@ -92,12 +96,7 @@ ZQValue& ZQValue::operator*=(const ZQValue& other) {
 ZQValue& ZQValue::operator/=(const ZQValue& other) {
   if (!isNumeric() || !other.isNumeric()) return *this = NULL_VALUE;
   ZQValue right(other);
-  normalizeUnit();
-  right.normalizeUnit();
-  makeReal();
-  right.makeReal();
-  percentToNumber(*this);
-  percentToNumber(right);
+  alignForProduct(right);
   const float quotient = m_payload.f / right.m_payload.f;
   const int left = getUnitType(), r = right.getUnitType();
   int unit;
