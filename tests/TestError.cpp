@@ -154,6 +154,14 @@ TEST(ZQError, LastErrorMessage) {
   // Codes of the HTTP client: 12000 + its own code (6: host could not be resolved).
   EXPECT_FALSE(ZQError::getLastErrorMessage(12006, nullptr).isEmpty());
   EXPECT_TRUE(ZQError::getLastErrorMessage(12175, nullptr).isEmpty());
+  EXPECT_TRUE(ZQError::getLastErrorMessage(0xFFFFFFFFul, nullptr).isEmpty());
+}
+
+TEST(ZQError, LastErrorMessageWithAModuleStillSearchesTheSystem) {
+  int dummy = 0;
+  EXPECT_EQ(ZQError::getLastErrorMessage(ENOENT, &dummy),
+            ZQError::getLastErrorMessage(ENOENT, nullptr));
+  EXPECT_TRUE(ZQError::getLastErrorMessage(999999, &dummy).isEmpty());
 }
 
 // ---- the code table, word for word ----

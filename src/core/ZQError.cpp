@@ -94,12 +94,13 @@ void ZQError::throwFatalError() const {
 }
 
 UnicodeString ZQError::getLastErrorMessage(unsigned long code, void* module) {
+  // Codes 12000..12175 without a module are the HTTP client's; the system's own table is
+  // searched in every case, with or without a module.
   std::string text;
   if (module == nullptr && code >= 12000 && code <= 12175) {
     text = platform::httpClientErrorText(code - 12000);
-  } else if (module == nullptr) {
-    text = platform::errnoText(code);
   }
+  if (text.empty()) text = platform::errnoText(code);
   UnicodeString out = UnicodeString::fromUTF8(text);
   out.trim();
   return out;
