@@ -102,3 +102,49 @@ TEST(ZQUtfStr, FromBytesTakesUtf8) {
   EXPECT_STREQ(s.getNarrowEncoding(), "UTF-8");
   EXPECT_STREQ(s.toNarrow(), "\xC3\xA9t\xC3\xA9");
 }
+
+TEST(ZQCStr, BytesWithTheDefaultConverterComeBackWithoutConversion) {
+  // "\xE9" alone is not what the default converter would write for the string it makes.
+  ZQCStr s("caf\xE9", nullptr);
+  const char* narrow = s.toNarrow();
+  EXPECT_STREQ(narrow, "caf\xE9");
+  EXPECT_EQ(s.getNarrowEncoding(), nullptr);
+  EXPECT_EQ(s.toNarrow(nullptr), narrow);  // null asks for the same, unnamed encoding
+  // A name is never equal to null: it converts anew.
+  EXPECT_STREQ(s.toNarrow("UTF-16BE"), "");  // "c" is 00 63: the text starts with a NUL byte
+  EXPECT_EQ(s.getNarrowLength(), 8u);
+  EXPECT_STREQ(s.getNarrowEncoding(), "UTF-16BE");
+}
+
+TEST(ZQCStr, NullEncodingIsNotTheStoredName) {
+  ZQCStr s("caf\xE9", "ISO-8859-1");
+  const char* narrow = s.toNarrow(nullptr);
+  EXPECT_EQ(s.getNarrowEncoding(), nullptr);
+  EXPECT_STRNE(narrow, "caf\xE9");
+  EXPECT_STREQ(s.toNarrow("ISO-8859-1"), "caf\xE9");  // converted anew, the same bytes again
+  EXPECT_STREQ(s.getNarrowEncoding(), "ISO-8859-1");
+}
+
+TEST(ZQCStr, BytesKeptUntilTheStringChangesEvenIfUnfaithful) {
+  ZQCStr s("caf\xE9", "UTF-8");
+  EXPECT_STREQ(s.toNarrow("UTF-8"), "caf\xE9");
+  s.setCharAt(0, u'C');
+  EXPECT_STREQ(s.toNarrow("UTF-8"), "Caf\xEF\xBF\xBD");  // rebuilt from the string
+}
+
+TEST(ZQCStr, UnknownEncodingNeitherThrowsNorCrashes) {
+  ZQCStr a("abc", "no-such-encoding");
+  EXPECT_STREQ(a.toNarrow("no-such-encoding"), "abc");
+  EXPECT_NO_THROW(a.toNarrow());
+  ZQCStr b(UnicodeString(u"abc"));
+  EXPECT_NO_THROW(b.toNarrow("no-such-encoding"));
+  ZQCStr bogus(ZQBogusString::BOGUS_VALUE);
+  EXPECT_STREQ(bogus.toNarrow(), "");
+}
+
+TEST(ZQUtfStr, NamedEncodingStaysAvailable) {
+  ZQUtfStr s(UnicodeString(u"caf\u00E9"));
+  EXPECT_STREQ(s.toNarrow("ISO-8859-1"), "caf\xE9");
+  EXPECT_STREQ(s.toNarrow(), "caf\xC3\xA9");
+  EXPECT_STREQ(s.getNarrowEncoding(), "UTF-8");
+}

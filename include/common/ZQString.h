@@ -76,6 +76,7 @@ class ZQCOMMON_API ZQUtfStr : public ZQCStr {
   ZQUtfStr(const char* text) : ZQCStr(text, "UTF-8") {}
   ZQUtfStr(const char16_t* text, int length) : ZQCStr(text, length) {}
 
+  using ZQCStr::toNarrow;
   const char* toNarrow() { return ZQCStr::toNarrow("UTF-8"); }
   operator const char*() { return toNarrow(); }
 };
