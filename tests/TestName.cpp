@@ -13,6 +13,7 @@
 
 #include "common/ZQName.h"
 #include "common/ZQString.h"
+#include "common/ZQValue.h"
 #include "core/ZQNameInternal.h"
 
 using namespace ZQCommonNS;
@@ -46,9 +47,14 @@ TEST_F(NameTableTest, BuiltinStringNeedsNoSharedTable) {
   EXPECT_EQ(static_cast<int>(n), 668);
   EXPECT_TRUE(n.isBuiltin());
   EXPECT_EQ(n.toString(), u("font-size"));
-  // No table was created by that call.
-  ZQNameTable* table = ZQNameTable::getSharedNameTable();
-  EXPECT_EQ(table->getNameLast(), 3007);
+  EXPECT_EQ(ZQNameTable::getSharedNameString(ZQN_font_size), u("font-size"));
+  // Neither call made the shared table.
+  EXPECT_EQ(peekSharedNameTable(), nullptr);
+  ZQName empty{UnicodeString()};
+  EXPECT_EQ(peekSharedNameTable(), nullptr);
+  ZQName fresh(u("not-built-in"));
+  EXPECT_NE(peekSharedNameTable(), nullptr);
+  EXPECT_EQ(peekSharedNameTable()->getRefCount(), 0);  // its creation is not a reference
 }
 
 TEST_F(NameTableTest, InterningTwiceGivesOneNumberAndUsesOneSlot) {
@@ -207,6 +213,126 @@ TEST_F(NameTableTest, TypeIdentity) {
   EXPECT_TRUE(t->isA(0xD18D040Au));
   EXPECT_TRUE(t->isA(0xDF537371u));
   EXPECT_FALSE(t->isA(0xFF72074Au));
+}
+
+TEST_F(NameTableTest, NameOfAValueOfNameTypeKeepsItsNumber) {
+  // A number past the table's end comes through unchanged: the table is not asked.
+  ZQName kept{ZQValue(static_cast<ZQNameEnum>(5000))};
+  EXPECT_EQ(static_cast<int>(kept), 5000);
+  EXPECT_EQ(peekSharedNameTable(), nullptr);
+  EXPECT_EQ(ZQName(ZQValue(ZQN_auto)), ZQN_auto);
+}
+
+TEST_F(NameTableTest, GenerateIdCountsFromTheLastName) {
+  ZQName a(u("g-one"));
+  ZQName b(u("g-two"));
+  EXPECT_EQ(ZQName::generateID(u("id")).toString(), u("-id3010"));
+  ZQName generated = ZQName::generateID(ZQBogusString::BOGUS_VALUE);
+  EXPECT_EQ(generated.toString(), u("-N3011"));
+  EXPECT_EQ(static_cast<int>(generated), 3011);
+  // A caller's own string of that form is the same name.
+  EXPECT_EQ(ZQName(u("-N3011")), generated);
+}
+
+TEST_F(NameTableTest, ReleaseWithoutHoldersDestroysTheTable) {
+  ZQName a(u("unheld"));
+  ASSERT_NE(peekSharedNameTable(), nullptr);
+  ZQNameTable::releaseSharedNameTable();  // count 0: below 2
+  EXPECT_EQ(peekSharedNameTable(), nullptr);
+  EXPECT_TRUE(ZQNameTable::getSharedNameString(a).isEmpty());
+  ZQNameTable::releaseSharedNameTable();  // no table: nothing happens
+  EXPECT_EQ(peekSharedNameTable(), nullptr);
+}
+
+TEST_F(NameTableTest, DestroyedTableIsNeverLeftPublished) {
+  ZQNameTable* table = ZQNameTable::addRefSharedNameTable();
+  ZQName a(u("short-lived"));
+  EXPECT_EQ(table->release(), 0);
+  EXPECT_EQ(peekSharedNameTable(), nullptr);
+  EXPECT_EQ(static_cast<int>(ZQName(u("next-life"))), 3008);
+}
+
+TEST_F(NameTableTest, CleanupDestroysWhateverTheCount) {
+  ZQNameTable::addRefSharedNameTable();
+  ZQNameTable::addRefSharedNameTable();
+  ZQName a(u("held-twice"));
+  ZQNameTable::cleanup();
+  EXPECT_EQ(peekSharedNameTable(), nullptr);
+  EXPECT_TRUE(ZQNameTable::getSharedNameString(a).isEmpty());
+}
+
+TEST_F(NameTableTest, CleanupTakesTheLibraryLockAndNotTheNameTableLock) {
+  ZQName a(u("to-clean"));
+  {
+    // The name-table lock held elsewhere does not stop cleanup.
+    std::promise<void> held;
+    std::promise<void> done;
+    std::thread holder([&] {
+      ZQMutex guard(sharedNameTableLock());
+      held.set_value();
+      done.get_future().wait();
+    });
+    held.get_future().wait();
+    auto cleaned = std::async(std::launch::async, [] { ZQNameTable::cleanup(); });
+    bool finished = cleaned.wait_for(std::chrono::seconds(10)) == std::future_status::ready;
+    done.set_value();
+    holder.join();
+    ASSERT_TRUE(finished);
+    EXPECT_EQ(peekSharedNameTable(), nullptr);
+  }
+  ZQName b(u("to-clean-again"));
+  {
+    // The library lock held elsewhere does.
+    std::promise<void> held;
+    std::promise<void> done;
+    std::thread holder([&] {
+      ZQMutex guard;
+      held.set_value();
+      done.get_future().wait();
+    });
+    held.get_future().wait();
+    auto cleaned = std::async(std::launch::async, [] { ZQNameTable::cleanup(); });
+    bool blocked = cleaned.wait_for(std::chrono::milliseconds(200)) == std::future_status::timeout;
+    EXPECT_NE(peekSharedNameTable(), nullptr);
+    done.set_value();
+    holder.join();
+    cleaned.wait();
+    EXPECT_TRUE(blocked);
+    EXPECT_EQ(peekSharedNameTable(), nullptr);
+  }
+}
+
+TEST_F(NameTableTest, TableObjectNumbersItsOwnNames) {
+  ZQPtr<ZQNameTable> own(new ZQNameTable());
+  EXPECT_EQ(own->getNameLast(), 3007);
+  EXPECT_EQ(own->getNameEnum(u("own-name")), static_cast<ZQNameEnum>(3008));
+  EXPECT_EQ(own->getNameEnum(u("own-name")), static_cast<ZQNameEnum>(3008));
+  EXPECT_EQ(own->getNameLast(), 3008);
+  EXPECT_EQ(own->getNameString(static_cast<ZQNameEnum>(3008)), u("own-name"));
+  EXPECT_EQ(own->lookupName(u("own-name")), static_cast<ZQNameEnum>(3008));
+  EXPECT_EQ(own->getNameString(ZQN_x_height), u("x-height"));
+  EXPECT_TRUE(own->getNameString(static_cast<ZQNameEnum>(3009)).isEmpty());
+  EXPECT_TRUE(own->getNameString(static_cast<ZQNameEnum>(-3)).isEmpty());
+  // The shared table is neither made nor touched.
+  EXPECT_EQ(peekSharedNameTable(), nullptr);
+}
+
+TEST_F(NameTableTest, ReservationIs1024AndGrowthIsByHalf) {
+  // The strings move exactly when the vector reallocates: after 1024, then after 1536.
+  auto name = [](int i) { return ZQName(u(("grow-" + std::to_string(i)).c_str())); };
+  ZQName first = name(0);
+  const UnicodeString* where = &first.toString();
+  for (int i = 1; i < 1024; ++i) name(i);
+  EXPECT_EQ(where, &first.toString());
+  name(1024);
+  const UnicodeString* moved = &first.toString();
+  EXPECT_NE(where, moved);
+  for (int i = 1025; i < 1536; ++i) name(i);
+  EXPECT_EQ(moved, &first.toString());
+  name(1536);
+  EXPECT_NE(moved, &first.toString());
+  EXPECT_EQ(first.toString(), u("grow-0"));
+  EXPECT_EQ(ZQName(static_cast<ZQNameEnum>(3008 + 1536)).toString(), u("grow-1536"));
 }
 
 TEST_F(NameTableTest, ReferencesStayValidWithinTheReservation) {

@@ -102,6 +102,8 @@ constexpr size_t kReservedNames = 1024;
 
 ZQLock& sharedNameTableLock() { return s_sharedNameTableLock; }
 
+ZQNameTable* peekSharedNameTable() { return s_sharedNameTable.load(); }
+
 // ---- ZQName ----
 
 ZQName::ZQName(const UnicodeString& text) : m_name(ZQNameTable::getSharedNameEnum(text)) {}
