@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
 #include <thread>
 #include <vector>
 
@@ -7,11 +9,45 @@
 
 using namespace ZQCommonNS;
 
+namespace {
+
+// True when another thread cannot take `lock` within a short wait, and then can once the
+// caller's `leave` has run.
+template <class Leave>
+bool heldUntil(ZQLock& lock, Leave leave) {
+  std::atomic<bool> taken{false};
+  std::thread other([&] {
+    ZQMutex guard(lock);
+    taken = true;
+  });
+  std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  bool wasHeld = !taken.load();
+  leave();
+  other.join();
+  return wasHeld && taken.load();
+}
+
+}  // namespace
+
 TEST(ZQLock, IsReentrant) {
   ZQLock lock;
-  ZQMutex outer(lock);
-  ZQMutex inner(&lock);  // same thread takes it again without blocking
-  SUCCEED();
+  lock.lock();
+  {
+    ZQMutex inner(&lock);  // same thread takes it again without blocking
+  }
+  // One leave of two: the lock is still held until the second.
+  EXPECT_TRUE(heldUntil(lock, [&] { lock.unlock(); }));
+}
+
+TEST(ZQMutex, DefaultGuardHoldsTheLibraryLock) {
+  auto* guard = new ZQMutex();
+  EXPECT_TRUE(heldUntil(ZQLock::libraryLock(), [&] { delete guard; }));
+}
+
+TEST(ZQMutex, GuardLeavesOnDestruction) {
+  ZQLock lock;
+  auto* guard = new ZQMutex(lock);
+  EXPECT_TRUE(heldUntil(lock, [&] { delete guard; }));
 }
 
 TEST(ZQLock, LibraryLockIsReentrantThroughDefaultGuard) {

@@ -207,3 +207,37 @@ TEST(TypeIdentity, IsAWalksTheWholeChain) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(TypeIdentity, RootIsAAnswersOnlyItsOwnChain) {
+  ZQPtr<TNode> node(new TNode());
+  const ZQObjectBase& root = *node;
+  EXPECT_TRUE(root.ZQObjectBase::isA(ZQTypeId::ZQObjectBase));
+  EXPECT_FALSE(root.ZQObjectBase::isA(ZQTypeId::ZQRCObject));
+  EXPECT_FALSE(root.ZQObjectBase::isA(ZQTypeId::ZQNode));
+  const ZQRCObject& counted = *node;
+  EXPECT_TRUE(counted.ZQRCObject::isA(ZQTypeId::ZQRCObject));
+  EXPECT_TRUE(counted.ZQRCObject::isA(ZQTypeId::ZQObjectBase));
+  EXPECT_FALSE(counted.ZQRCObject::isA(ZQTypeId::ZQNode));
+  EXPECT_FALSE(node->isA(0u));
+  EXPECT_EQ(TNode::getStaticTypeID(), ZQTypeId::ZQNode);
+  EXPECT_EQ(node->getTypeName(), UnicodeString(u"ZQNode"));
+}
+
+TEST(ZQPtr, StepThroughAChainHeldByTheObjectItReleases) {
+  // p = p->next, where only the object being released holds the next one.
+  struct Link : TNode {
+    explicit Link(bool* destroyed) : TNode(destroyed) {}
+    ZQPtr<Link> next;
+  };
+  bool d1 = false, d2 = false;
+  ZQPtr<Link> p(new Link(&d1));
+  p->next = new Link(&d2);
+  p = p->next;
+  EXPECT_TRUE(d1);
+  EXPECT_FALSE(d2);
+  EXPECT_EQ(p->getRefCount(), 1);
+}
+
+}  // namespace
