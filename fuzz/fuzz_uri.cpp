@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "UriDotModel.h"
 #include "common/ZQUri.h"
 #include "io/ZQUriText.h"
 
@@ -13,20 +14,7 @@ using namespace ZQCommonNS;
 
 namespace {
 
-std::u16string toldDotLoop(std::u16string s) {
-  for (;;) {
-    size_t p = s.find(u"/./");
-    if (p != std::u16string::npos) {
-      s.erase(p, 2);
-      continue;
-    }
-    size_t q = s.find(u"/../");
-    if (q == std::u16string::npos || q == 0) return s;
-    size_t j = s.rfind(u'/', q - 1);
-    if (j == std::u16string::npos) return s;
-    s.erase(j, q + 3 - j);
-  }
-}
+using uritest::toldDotLoop;
 
 UnicodeString fromBytes(const uint8_t* p, size_t n) {
   return UnicodeString::fromUTF8(

@@ -4,6 +4,7 @@
 
 #include <random>
 
+#include "UriDotModel.h"
 #include "UriTestSupport.h"
 #include "common/ZQUri.h"
 #include "io/ZQUriText.h"
@@ -394,21 +395,7 @@ TEST(UriResolveDots, PrefixIsNotTouched) {
 
 namespace {
 
-/// The dot-segment loop as it is told, one occurrence at a time.
-std::u16string toldDotLoop(std::u16string s) {
-  for (;;) {
-    size_t p = s.find(u"/./");
-    if (p != std::u16string::npos) {
-      s.erase(p, 2);
-      continue;
-    }
-    size_t q = s.find(u"/../");
-    if (q == std::u16string::npos || q == 0) return s;
-    size_t j = s.rfind(u'/', q - 1);
-    if (j == std::u16string::npos) return s;
-    s.erase(j, q + 3 - j);
-  }
-}
+using uritest::toldDotLoop;
 
 }  // namespace
 
