@@ -149,3 +149,11 @@ class ZQCOMMON_API ZQNameListInstance {
 };
 
 }  // namespace ZQCommonNS
+
+/// Names hash by their number, so that they can key standard unordered containers.
+template <>
+struct std::hash<ZQCommonNS::ZQName> {
+  size_t operator()(const ZQCommonNS::ZQName& name) const noexcept {
+    return static_cast<size_t>(static_cast<ZQCommonNS::ZQNameEnum>(name));
+  }
+};
