@@ -8,6 +8,7 @@
 #include <unordered_map>
 
 #include "common/ZQLock.h"
+#include "core/ZQUnload.h"
 #include "core/platform/ZQPlatformLocale.h"
 #include "unicode/ZQLangInternal.h"
 
@@ -68,8 +69,21 @@ struct Iso3Cache {
   std::unordered_map<int32_t, Iso3Entry> map;
 };
 
+Iso3Cache* s_iso3Cache = nullptr;
+
+void releaseIso3Cache() {
+  delete s_iso3Cache;
+  s_iso3Cache = nullptr;
+}
+
+// Made on first need and freed when the library is unloaded, after every other static object,
+// so that no static destructor finds it gone.
 Iso3Cache& iso3Cache() {
-  static Iso3Cache* cache = new Iso3Cache;  // never destroyed: it may be asked during unload
+  static Iso3Cache* cache = [] {
+    s_iso3Cache = new Iso3Cache;
+    registerUnloadCleanup(&releaseIso3Cache);
+    return s_iso3Cache;
+  }();
   return *cache;
 }
 
