@@ -2,7 +2,9 @@
 #pragma once
 
 #include "common/ZQChar.h"
+#include "common/ZQCipher.h"
 #include "common/ZQColor.h"
+#include "common/ZQDigest.h"
 #include "common/ZQError.h"
 #include "common/ZQExport.h"
 #include "common/ZQLang.h"
