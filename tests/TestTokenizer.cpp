@@ -570,6 +570,17 @@ TEST(Tokenizer, PushBackGivesTheLastTokenAgain) {
   EXPECT_EQ(T::TOKEN_NAME, tok.nextToken());
 }
 
+TEST(Tokenizer, PushedBackNumberAfterMovedPositionStaysInTheText) {
+  T tok(U(u"1.5foo"));
+  EXPECT_EQ(T::TOKEN_NUMBER, tok.nextToken());
+  tok.pushBack();
+  tok.setPtr(tok.getPtr() - tok.getOffset());
+  // The unit "foo" misses, and stepping back over it cannot pass the start.
+  ZQValue v = tok.nextTokenValueExp();
+  EXPECT_TRUE(v.isReal());
+  EXPECT_EQ(0, tok.getOffset());
+}
+
 // ---- Signs and exponents ----
 
 TEST(TokenizerSigned, SignedNumber) {

@@ -1,5 +1,6 @@
 // The value readers of the tokenizer: numbers with units, signs, exponents and whole
 // parenthesised forms.
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <string_view>
@@ -118,8 +119,9 @@ ZQValue ZQTokenizer::nextTokenValue(bool negate) {
     toLowerInPlace(m_tokenText);
     const ZQUnitType unit = unitNames().find(m_tokenText);
     if (unit != ZQUNIT_NONE) return ZQValue(static_cast<float>(m_number), unit);
-    // Not a unit: the letters are read again as a name of their own ("12foo").
-    m_ptr -= written;
+    // Not a unit: the letters are read again as a name of their own ("12foo"). The clamp
+    // only matters for a pushed-back number whose position a caller has moved meanwhile.
+    m_ptr -= std::min<ptrdiff_t>(written, m_ptr - m_start);
     m_tokenText.remove();
   }
   if (!m_hasDecimalPoint && m_number >= -2147483648.0 && m_number <= 2147483647.0 &&
