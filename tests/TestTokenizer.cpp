@@ -712,6 +712,20 @@ TEST(TokenizerSigned, ExponentMustBeANumber) {
   EXPECT_EQ(1, colour.getOffset());
 }
 
+TEST(TokenizerSigned, FailedExponentLeavesTheNumberAsLastToken) {
+  T tok(U(u"1.5e'x'"), T::TOKENIZER_CSS);
+  ZQValue v = tok.nextTokenValueExp();
+  EXPECT_EQ(1.5f, v.getRealValue(ZQUNIT_NUMBER));
+  EXPECT_EQ(T::TOKEN_NUMBER, tok.getTokenType());
+  EXPECT_EQ(1.5, tok.getNumber());
+  EXPECT_TRUE(tok.hasDecimalPoint());
+  EXPECT_FALSE(tok.hasQuote());
+  tok.pushBack();
+  EXPECT_EQ(T::TOKEN_NUMBER, tok.nextToken());
+  EXPECT_EQ(T::TOKEN_NAME, tok.nextToken());
+  EXPECT_EQ("e", s8(tok.getTokenText()));
+}
+
 TEST(TokenizerSigned, DoubleExp) {
   EXPECT_EQ(1234567890.0, T(U(u"123456789e1")).nextTokenDoubleExp());
   EXPECT_EQ(-2.0, T(U(u"-2")).nextTokenDoubleExp());

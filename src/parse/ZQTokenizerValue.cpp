@@ -175,6 +175,9 @@ std::pair<double, double> ZQTokenizer::eNotation(ZQValue& value) {
   double exponent = 0.0;
   if (value.isNumber() && (*m_ptr == u'e' || *m_ptr == u'E')) {
     const char16_t* letter = m_ptr;
+    const int tokenType = m_tokenType;
+    const bool hasPoint = m_hasDecimalPoint;
+    const bool hasQuote = m_hasQuote;
     ++m_ptr;
     ZQValue e = nextTokenValueSigned(false);
     // Only a number token is an exponent; a character ("1e)") or a colour is not.
@@ -182,7 +185,14 @@ std::pair<double, double> ZQTokenizer::eNotation(ZQValue& value) {
       exponent = m_number;
       value = ZQValue(static_cast<float>(mantissa * std::pow(10.0, exponent)), e.getUnitType());
     } else {
+      // No exponent after all: the number stays the last token, so that a push-back or a
+      // look at the token type still sees it.
       m_ptr = letter;
+      m_tokenType = tokenType;
+      m_number = mantissa;
+      m_tokenText.remove();
+      m_hasDecimalPoint = hasPoint;
+      m_hasQuote = hasQuote;
     }
   }
   return {mantissa, exponent};
