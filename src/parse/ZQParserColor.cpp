@@ -30,6 +30,12 @@ char16_t peekCharacter(ZQTokenizer& tk) {
 
 bool isToken(const ZQTokenizer& tk, char16_t c) { return tk.getTokenType() == c; }
 
+// Moves back to `ptr`, dropping a pushed-back token, so that the text is read again from there.
+void rewind(ZQTokenizer& tk, const char16_t* ptr) {
+  if (tk.isPushedBack()) tk.nextToken();
+  tk.setPtr(ptr);
+}
+
 // A number as it stands, or a percentage / 100.
 bool readFraction(const ZQValue& v, float& out) {
   if (v.isNumber()) {
@@ -83,7 +89,6 @@ int readIccTail(ZQTokenizer& tk, ZQColor& color, bool rgbGiven) {
   }
   // The tail closes the colour: nothing may follow it.
   if (tk.nextToken() != ZQTokenizer::TOKEN_END) return 0;
-  tk.pushBack();
 
   UnicodeString key(profile);
   key.toUpper(icu::Locale::getRoot());
@@ -148,7 +153,7 @@ void tryCssIccColor(ZQTokenizer& tk, ZQColor& color) {
       tk.getTokenText() == UnicodeString(true, u"icc-color", -1) && tk.nextToken() == u'(') {
     if (readIccTail(tk, color, true)) return;
   }
-  tk.setPtr(start);
+  rewind(tk, start);
 }
 
 // The function `name` after its "(": true and `color` set when it reads as a colour.
@@ -199,7 +204,7 @@ bool readFunction(ZQTokenizer& tk, ZQNameEnum name, bool css, ZQColor& color) {
           rgbGiven = true;
         } else {
           // No rgb: the profile comes first.
-          tk.setPtr(start);
+          rewind(tk, start);
         }
       }
       return readIccTail(tk, color, rgbGiven) != 0;
@@ -266,7 +271,7 @@ ZQValue ZQParser::parseColor(ZQTokenizer& tk, bool css) {
     if (css) {
       ZQColor color(name);
       if (!color.isInvalid()) {
-        tk.setPtr(afterName);
+        rewind(tk, afterName);
         tryCssIccColor(tk, color);
         return ZQValue(color);
       }
@@ -279,7 +284,7 @@ ZQValue ZQParser::parseColor(ZQTokenizer& tk, bool css) {
     ZQColor color;
     if (readFunction(tk, name, css, color)) return ZQValue(color);
     // Not a colour: the tokenizer goes back to just after the name, its "(" pushed back.
-    tk.setPtr(atParen);
+    rewind(tk, atParen);
     tk.nextToken();
   }
   tk.pushBack();
