@@ -59,7 +59,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   UnicodeString units;
   for (size_t i = 0; i + 1 < size; i += 2)
     units += static_cast<char16_t>(data[i] | data[i + 1] << 8);
-  for (const UnicodeString* text : {&utf8, &units}) {
+  for (const UnicodeString* text : {&utf8, static_cast<const UnicodeString*>(&units)}) {
     check(*text, false);
     check(*text, true);
   }

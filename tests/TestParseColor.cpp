@@ -695,6 +695,18 @@ TEST_F(ParseColor, TokenizerFormTakesAPushedBackToken) {
   EXPECT_EQ(rgbOf(ZQParser::parseColor(tk, false).getColorValue()), 0xAABBCCu);
 }
 
+TEST_F(ParseColor, TokenizerFunctionReaderReadsRgbAsAColour) {
+  ZQTokenizer tk(u("rgb(255, 0, 0) rgb(100%,0,0) 5"));
+  ZQValue red = tk.nextTokenValueFunc();
+  ASSERT_TRUE(red.isColor());
+  EXPECT_EQ(rgbOf(red.getColorValue()), 0xFF0000u);
+  // A text that is no colour stays the function's text.
+  ZQValue mixed = tk.nextTokenValueFunc();
+  EXPECT_TRUE(mixed.isUnknownString());
+  EXPECT_EQ(s8(mixed.getStringValue()), "rgb(100%,0,0)");
+  EXPECT_EQ(tk.nextTokenValueFunc().getIntegerValue(), 5);
+}
+
 // ---- getColorValue ----
 
 TEST_F(ParseColor, GetColorValueReadsStrings) {
