@@ -570,6 +570,17 @@ TEST(Tokenizer, PushBackGivesTheLastTokenAgain) {
   EXPECT_EQ(T::TOKEN_NAME, tok.nextToken());
 }
 
+TEST(Tokenizer, PushedBackNumberAfterMovedPositionStaysInTheText) {
+  T tok(U(u"1.5foo"));
+  EXPECT_EQ(T::TOKEN_NUMBER, tok.nextToken());
+  tok.pushBack();
+  tok.setPtr(tok.getPtr() - tok.getOffset());
+  // The unit "foo" misses, and stepping back over it cannot pass the start.
+  ZQValue v = tok.nextTokenValueExp();
+  EXPECT_TRUE(v.isReal());
+  EXPECT_EQ(0, tok.getOffset());
+}
+
 // ---- Signs and exponents ----
 
 TEST(TokenizerSigned, SignedNumber) {
@@ -699,6 +710,20 @@ TEST(TokenizerSigned, ExponentMustBeANumber) {
   T colour(U(u"1e#abc"));
   EXPECT_EQ(1, colour.nextTokenValueExp().getIntegerValue());
   EXPECT_EQ(1, colour.getOffset());
+}
+
+TEST(TokenizerSigned, FailedExponentLeavesTheNumberAsLastToken) {
+  T tok(U(u"1.5e'x'"), T::TOKENIZER_CSS);
+  ZQValue v = tok.nextTokenValueExp();
+  EXPECT_EQ(1.5f, v.getRealValue(ZQUNIT_NUMBER));
+  EXPECT_EQ(T::TOKEN_NUMBER, tok.getTokenType());
+  EXPECT_EQ(1.5, tok.getNumber());
+  EXPECT_TRUE(tok.hasDecimalPoint());
+  EXPECT_FALSE(tok.hasQuote());
+  tok.pushBack();
+  EXPECT_EQ(T::TOKEN_NUMBER, tok.nextToken());
+  EXPECT_EQ(T::TOKEN_NAME, tok.nextToken());
+  EXPECT_EQ("e", s8(tok.getTokenText()));
 }
 
 TEST(TokenizerSigned, DoubleExp) {

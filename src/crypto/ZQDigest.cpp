@@ -81,7 +81,7 @@ bool update(ZQDigestState* state, const unsigned char* data, size_t length) {
 }
 
 // Closes the message into state->digest, once.
-bool close(ZQDigestState* state) {
+bool closeMessage(ZQDigestState* state) {
   if (state->closed) return true;
   if (EVP_DigestFinal_ex(state->ctx, state->digest, nullptr) != 1) return false;
   state->closed = true;
@@ -91,7 +91,7 @@ bool close(ZQDigestState* state) {
 // Final of the contexts without status: the digest out, then a fresh message.
 void finalAndRestart(ZQDigestState* state, unsigned char* digest, size_t size) {
   if (!digest) return;
-  if (!state || !close(state)) {
+  if (!state || !closeMessage(state)) {
     // No engine: a neutral digest rather than undefined bytes.
     std::memset(digest, 0, size);
     return;
@@ -154,7 +154,7 @@ int SHA1_CTX::Update(const unsigned char* data, unsigned length) {
 int SHA1_CTX::Final(unsigned char* digest) {
   if (!digest) return SHA_NULL;
   if (m_status != SHA_SUCCESS) return m_status;
-  if (!close(m_state)) return m_status = SHA_STATE_ERROR;
+  if (!closeMessage(m_state)) return m_status = SHA_STATE_ERROR;
   std::memcpy(digest, m_state->digest, 20);
   return SHA_SUCCESS;
 }
@@ -203,7 +203,7 @@ void SHA512_CTX::Update(const unsigned char* data, size_t length) {
 void SHA512_CTX::Final(unsigned char* digest) { finalAndRestart(m_state, digest, 64); }
 void SHA512_CTX::Transform(const unsigned char* block) { plainUpdate(m_state, block, 128); }
 void SHA512_CTX::Last() {
-  if (m_state) close(m_state);
+  if (m_state) closeMessage(m_state);
 }
 
 }  // namespace ZQCommonNS

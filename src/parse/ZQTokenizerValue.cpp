@@ -1,5 +1,6 @@
 // The value readers of the tokenizer: numbers with units, signs, exponents and whole
 // parenthesised forms.
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <string_view>
@@ -118,8 +119,9 @@ ZQValue ZQTokenizer::nextTokenValue(bool negate) {
     toLowerInPlace(m_tokenText);
     const ZQUnitType unit = unitNames().find(m_tokenText);
     if (unit != ZQUNIT_NONE) return ZQValue(static_cast<float>(m_number), unit);
-    // Not a unit: the letters are read again as a name of their own ("12foo").
-    m_ptr -= written;
+    // Not a unit: the letters are read again as a name of their own ("12foo"). The clamp
+    // only matters for a pushed-back number whose position a caller has moved meanwhile.
+    m_ptr -= std::min<ptrdiff_t>(written, m_ptr - m_start);
     m_tokenText.remove();
   }
   if (!m_hasDecimalPoint && m_number >= -2147483648.0 && m_number <= 2147483647.0 &&
@@ -173,6 +175,9 @@ std::pair<double, double> ZQTokenizer::eNotation(ZQValue& value) {
   double exponent = 0.0;
   if (value.isNumber() && (*m_ptr == u'e' || *m_ptr == u'E')) {
     const char16_t* letter = m_ptr;
+    const int tokenType = m_tokenType;
+    const bool hasPoint = m_hasDecimalPoint;
+    const bool hasQuote = m_hasQuote;
     ++m_ptr;
     ZQValue e = nextTokenValueSigned(false);
     // Only a number token is an exponent; a character ("1e)") or a colour is not.
@@ -180,7 +185,14 @@ std::pair<double, double> ZQTokenizer::eNotation(ZQValue& value) {
       exponent = m_number;
       value = ZQValue(static_cast<float>(mantissa * std::pow(10.0, exponent)), e.getUnitType());
     } else {
+      // No exponent after all: the number stays the last token, so that a push-back or a
+      // look at the token type still sees it.
       m_ptr = letter;
+      m_tokenType = tokenType;
+      m_number = mantissa;
+      m_tokenText.remove();
+      m_hasDecimalPoint = hasPoint;
+      m_hasQuote = hasQuote;
     }
   }
   return {mantissa, exponent};
