@@ -22,7 +22,6 @@ using Symbol = CounterStyle::Symbol;
 namespace {
 
 constexpr long long kInfinite = LLONG_MAX;
-constexpr long long kNegativeInfinite = LLONG_MIN;
 
 // ---- Building blocks ----
 
