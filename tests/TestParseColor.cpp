@@ -719,6 +719,13 @@ TEST_F(ParseColor, FailedFunctionIsTheNameWithItsParenthesisPushedBack) {
   EXPECT_EQ(tk.nextToken(), u'(');
   EXPECT_EQ(tk.nextToken(), ZQTokenizer::TOKEN_NUMBER);
   EXPECT_EQ(tk.getTokenText(), u("%"));
+  // Also when the ")" is missing: the token read in its place is not what stays pushed back.
+  ZQTokenizer open(u("rgb(1,2,3 x"));
+  EXPECT_EQ(ZQParser::parseColor(open, false).getNameValue(), ZQName(ZQN_rgb));
+  EXPECT_TRUE(open.isPushedBack());
+  EXPECT_EQ(open.nextToken(), u'(');
+  EXPECT_EQ(open.nextToken(), ZQTokenizer::TOKEN_NUMBER);
+  EXPECT_EQ(open.getNumber(), 1.0);
   ZQTokenizer css(u("icc-color(#CMYK,0,0,0,1)"));
   EXPECT_EQ(ZQParser::parseColor(css, false).getNameValue(), ZQName(ZQN_icc_color));
   EXPECT_EQ(css.nextToken(), u'(');
