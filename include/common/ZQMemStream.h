@@ -6,7 +6,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <istream>
 #include <streambuf>
 #include <string>
@@ -46,7 +45,7 @@ class ZQCOMMON_API ZQMemStreamBuf : public std::streambuf {
   /// the front source fills it at once.
   void setSource(std::istream* source, bool owned);
   /// The front source, or null when none is queued.
-  std::istream* getSource() const { return m_sources.empty() ? nullptr : m_sources.front(); }
+  std::istream* getSource() const { return m_sources.empty() ? nullptr : m_sources[0].stream; }
   /// The bytes left in the get area, that is in the current block.
   size_t getRemains() const { return static_cast<size_t>(egptr() - gptr()); }
 
@@ -112,6 +111,61 @@ class ZQCOMMON_API ZQMemStreamBuf : public std::streambuf {
  private:
   friend class ZQMemStream;
 
+  /// A double-ended queue in one ring of slots, the first few of them inline, so that a small
+  /// stream costs one allocation: its block.
+  template <class T>
+  class Queue {
+   public:
+    Queue() = default;
+    ~Queue() {
+      if (m_items != m_inline) delete[] m_items;
+    }
+    Queue(const Queue&) = delete;
+    Queue& operator=(const Queue&) = delete;
+
+    bool empty() const { return m_size == 0; }
+    size_t size() const { return m_size; }
+    T& operator[](size_t i) { return m_items[(m_head + i) & (m_capacity - 1)]; }
+    const T& operator[](size_t i) const { return m_items[(m_head + i) & (m_capacity - 1)]; }
+    T& front() { return (*this)[0]; }
+    T& back() { return (*this)[m_size - 1]; }
+    void push_back(const T& item) {
+      if (m_size == m_capacity) grow();
+      m_items[(m_head + m_size) & (m_capacity - 1)] = item;
+      ++m_size;
+    }
+    void pop_front() {
+      m_head = (m_head + 1) & (m_capacity - 1);
+      --m_size;
+    }
+    void pop_back() { --m_size; }
+    void clear() { m_head = m_size = 0; }
+
+   private:
+    void grow() {
+      const size_t capacity = m_capacity * 2;
+      T* items = new T[capacity];
+      for (size_t i = 0; i < m_size; ++i) items[i] = (*this)[i];
+      if (m_items != m_inline) delete[] m_items;
+      m_items = items;
+      m_capacity = capacity;
+      m_head = 0;
+    }
+
+    static constexpr size_t INLINE_SLOTS = 4;
+    T m_inline[INLINE_SLOTS] = {};
+    T* m_items = m_inline;
+    size_t m_head = 0;
+    size_t m_size = 0;
+    size_t m_capacity = INLINE_SLOTS;  // a power of two
+  };
+
+  /// A queued source and whether the buffer deletes it when done with it.
+  struct Source {
+    std::istream* stream;
+    bool owned;
+  };
+
   /// The data bytes of block `index`.
   uint64_t blockLength(uint64_t index) const;
   /// Sets the put area on `block` (one byte short of it) with the put pointer at `offset`.
@@ -131,11 +185,10 @@ class ZQCOMMON_API ZQMemStreamBuf : public std::streambuf {
   /// Copies every byte from the get position on into `out`, reading with keepMemory.
   void writeAll(std::ostream& out);
 
-  std::deque<char*> m_blocks;
+  Queue<char*> m_blocks;
   uint64_t m_currentBlock = 0;
   uint64_t m_lastBlockSize = 0;
-  std::deque<std::istream*> m_sources;
-  std::deque<bool> m_sourceOwned;
+  Queue<Source> m_sources;
   uint64_t m_growBytes;
   bool m_keepMemory = true;
 };

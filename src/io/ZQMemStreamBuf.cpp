@@ -28,10 +28,7 @@ uint32_t bigEndianWord(const unsigned char* p) {
 
 ZQMemStreamBuf::ZQMemStreamBuf(std::istream* source, size_t growBytes, bool sourceOwned)
     : m_growBytes(growBytes ? growBytes : DEFAULT_GROW_BYTES) {
-  if (source) {
-    m_sources.push_back(source);
-    m_sourceOwned.push_back(sourceOwned);
-  }
+  if (source) m_sources.push_back(Source{source, sourceOwned});
 }
 
 ZQMemStreamBuf::ZQMemStreamBuf(const ZQMemStreamBuf& other)
@@ -44,7 +41,7 @@ ZQMemStreamBuf& ZQMemStreamBuf::operator=(const ZQMemStreamBuf& other) {
   m_lastBlockSize = 0;
   if (other.m_growBytes != m_growBytes) {
     // The block kept by remove() has the old size; it can't serve the new one.
-    for (char* block : m_blocks) delete[] block;
+    for (size_t i = 0; i < m_blocks.size(); ++i) delete[] m_blocks[i];
     m_blocks.clear();
     setg(nullptr, nullptr, nullptr);
     setp(nullptr, nullptr);
@@ -56,7 +53,7 @@ ZQMemStreamBuf& ZQMemStreamBuf::operator=(const ZQMemStreamBuf& other) {
 
 ZQMemStreamBuf::~ZQMemStreamBuf() {
   while (!m_sources.empty()) popSource();
-  for (char* block : m_blocks) delete[] block;
+  for (size_t i = 0; i < m_blocks.size(); ++i) delete[] m_blocks[i];
 }
 
 void ZQMemStreamBuf::setGrowBytes(size_t growBytes) {
@@ -99,11 +96,9 @@ void ZQMemStreamBuf::forgetBlock(const char* block) {
 }
 
 void ZQMemStreamBuf::popSource() {
-  std::istream* source = m_sources.front();
-  const bool owned = m_sourceOwned.front();
+  const Source source = m_sources.front();
   m_sources.pop_front();
-  m_sourceOwned.pop_front();
-  if (owned) delete source;
+  if (source.owned) delete source.stream;
 }
 
 void ZQMemStreamBuf::flushBuffer() {
@@ -136,7 +131,7 @@ void ZQMemStreamBuf::appendBuffer(bool keep) {
   m_currentBlock = m_blocks.size() - 1;
   // One block may hold the end of one source and the start of the next.
   while (!m_sources.empty() && m_lastBlockSize < m_growBytes) {
-    std::istream* source = m_sources.front();
+    std::istream* source = m_sources.front().stream;
     source->read(block + m_lastBlockSize,
                  static_cast<std::streamsize>(m_growBytes - m_lastBlockSize));
     m_lastBlockSize += static_cast<uint64_t>(std::max<std::streamsize>(source->gcount(), 0));
@@ -171,13 +166,12 @@ int64_t ZQMemStreamBuf::getPosition() {
 void ZQMemStreamBuf::setSource(std::istream* source, bool owned) {
   if (!source) return;
   flushBuffer();
-  m_sources.push_back(source);
-  m_sourceOwned.push_back(owned);
+  m_sources.push_back(Source{source, owned});
   if (m_blocks.empty() || m_lastBlockSize >= m_growBytes) return;
   // The last block has room: the front source fills it now. A short read means that source
   // is finished, so a queued source always stands behind a full block.
   char* block = m_blocks.back();
-  std::istream* front = m_sources.front();
+  std::istream* front = m_sources.front().stream;
   front->read(block + m_lastBlockSize, static_cast<std::streamsize>(m_growBytes - m_lastBlockSize));
   m_lastBlockSize += static_cast<uint64_t>(std::max<std::streamsize>(front->gcount(), 0));
   if (front->eof() || m_lastBlockSize < m_growBytes) popSource();
@@ -557,7 +551,7 @@ void ZQMemStreamBuf::remove() {
 }
 
 void ZQMemStreamBuf::clear() {
-  for (char* block : m_blocks) delete[] block;
+  for (size_t i = 0; i < m_blocks.size(); ++i) delete[] m_blocks[i];
   m_blocks.clear();
   while (!m_sources.empty()) popSource();
   m_currentBlock = 0;
