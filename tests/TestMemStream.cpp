@@ -1181,3 +1181,90 @@ TEST(ZQMemStream, MixedReadsWritesAndSeeksMatchAString) {
     EXPECT_EQ(contentOf(ms), model);
   }
 }
+
+// ---- The protected steps ----
+
+namespace {
+
+// Opens the protected steps of the buffer to the tests.
+class ProbeBuf : public ZQMemStreamBuf {
+ public:
+  using ZQMemStreamBuf::appendBuffer;
+  using ZQMemStreamBuf::flushBuffer;
+  using ZQMemStreamBuf::getIndex;
+  using ZQMemStreamBuf::ZQMemStreamBuf;
+};
+
+}  // namespace
+
+TEST(ZQMemStreamBuf, GetIndexFindsEveryBlockInAnyOrder) {
+  ProbeBuf buf(nullptr, 4);
+  buf.sputn(letters(20).data(), 20);
+  std::vector<const char*> blocks;
+  const char* p = nullptr;
+  buf.pubseekpos(0, std::ios_base::in);
+  for (int i = 0; i < 5; ++i) {
+    ASSERT_EQ(buf.getBuffer(p), 4u);
+    blocks.push_back(p);
+  }
+  for (int k : {4, 0, 3, 1, 2, 2, 0, 4}) EXPECT_EQ(buf.getIndex(blocks[k]), uint64_t(k));
+  EXPECT_EQ(buf.getIndex(nullptr), ZQMemStreamBuf::NOT_FOUND);
+  const char elsewhere[4] = {};
+  EXPECT_EQ(buf.getIndex(elsewhere), ZQMemStreamBuf::NOT_FOUND);
+}
+
+TEST(ZQMemStreamBuf, LastBlockSizeLagsUntilFlushed) {
+  ProbeBuf buf(nullptr, 16);
+  buf.sputn("abcdef", 6);
+  EXPECT_LT(buf.getLastBlockSize(), 6u);  // the put area moved, the size not yet
+  buf.flushBuffer();
+  EXPECT_EQ(buf.getLastBlockSize(), 6u);
+  buf.pubseekpos(2, std::ios_base::out);
+  buf.sputn("X", 1);
+  buf.flushBuffer();
+  EXPECT_EQ(buf.getLastBlockSize(), 6u);  // rewriting below the end never shrinks it
+}
+
+TEST(ZQMemStreamBuf, AppendBufferReadsAcrossTheSeamOfSources) {
+  ProbeBuf buf(new std::istringstream("ab"), 5, true);
+  buf.setSource(new std::istringstream("cd"), true);
+  buf.setSource(new std::istringstream("efgh"), true);
+  buf.appendBuffer(true);
+  EXPECT_EQ(buf.getBlockCount(), 1u);
+  EXPECT_EQ(buf.getLastBlockSize(), 5u);
+  EXPECT_NE(buf.getSource(), nullptr);  // "gh" is still to come
+  buf.appendBuffer(true);
+  EXPECT_EQ(buf.getLastBlockSize(), 3u);
+  EXPECT_EQ(buf.getSource(), nullptr);
+  std::string out;
+  buf.appendToString(out);
+  EXPECT_EQ(out, "abcdefgh");
+}
+
+TEST(ZQMemStreamBuf, AppendBufferWithoutKeepRecyclesTheFrontBlock) {
+  ProbeBuf buf(nullptr, 4);
+  buf.appendBuffer(false);
+  buf.appendBuffer(false);
+  buf.appendBuffer(true);
+  EXPECT_EQ(buf.getBlockCount(), 3u);
+  buf.appendBuffer(false);  // frees down to two, then reuses the front one
+  EXPECT_EQ(buf.getBlockCount(), 2u);
+  buf.appendBuffer(false);
+  EXPECT_EQ(buf.getBlockCount(), 2u);
+}
+
+TEST(ZQMemStreamBuf, ClearFreesEverythingAndRestoresKeepMemory) {
+  bool deleted = false;
+  ZQMemStreamBuf buf(new TrackedSource(letters(50), &deleted), 4, true);
+  buf.setKeepMemory(false);
+  EXPECT_EQ(buf.sgetc(), 'a');
+  buf.clear();
+  EXPECT_TRUE(deleted);
+  EXPECT_EQ(buf.getBlockCount(), 0u);
+  EXPECT_TRUE(buf.getKeepMemory());
+  EXPECT_EQ(buf.length(), 0u);
+  buf.sputn("xy", 2);
+  std::string out;
+  buf.appendToString(out);
+  EXPECT_EQ(out, "xy");
+}
