@@ -538,12 +538,15 @@ TEST(ZQMemStream, SearchSeekAcrossSourceSeamsAndBlocks) {
 }
 
 TEST(ZQMemStream, SearchSeekMissLeavesThePositionButDrainsSources) {
-  auto* src = new TrackedSource(letters(100), nullptr);
-  ZQMemStream ms(src, 16, true);
+  bool deleted = false;
+  TrackedSource src(letters(100), &deleted);
+  ZQMemStream ms(&src, 16, false);
   EXPECT_EQ(readN(ms, 3), "abc");
   EXPECT_FALSE(ms.searchSeek("zz"));
   EXPECT_EQ(tellGet(ms), 3);
-  EXPECT_EQ(src->delivered(), 100u);
+  EXPECT_EQ(src.delivered(), 100u);
+  EXPECT_EQ(ms.getStreamBuf()->getSource(), nullptr);
+  EXPECT_FALSE(deleted);
   EXPECT_EQ(ms.get(), 'd');
 }
 
