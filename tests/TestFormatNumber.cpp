@@ -4,6 +4,12 @@
 #include <initializer_list>
 #include <string>
 
+#include <unicode/numsys.h>
+#include <unicode/rbnf.h>
+
+#include <map>
+#include <memory>
+
 #include "TestSupport.h"
 #include "common/ZQUtil.h"
 #include "util/ZQFormatNumberInternal.h"
@@ -752,4 +758,139 @@ TEST(FormatNumberFallback, MixedTokenAfterTheFirstReading) {
   EXPECT_EQ(F(4, u"ab1"), "aa");
   // "a.b": the token character run is "a", a row of its own.
   EXPECT_EQ(F(2, u"a.b"), "b.b");
+}
+
+// ---- ICU's rule-based numbering systems, where their rules are ours ----
+
+namespace {
+
+// ICU's text of `n` in the algorithmic numbering system `name` (of the root locale's rules).
+std::string icuNumbering(const char* name, long long n) {
+  UErrorCode status = U_ZERO_ERROR;
+  std::unique_ptr<icu::NumberingSystem> ns(
+      icu::NumberingSystem::createInstanceByName(name, status));
+  if (U_FAILURE(status) || !ns) return "<no numbering system>";
+  static icu::RuleBasedNumberFormat* rbnf = [] {
+    UErrorCode st = U_ZERO_ERROR;
+    auto* f =
+        new icu::RuleBasedNumberFormat(icu::URBNF_NUMBERING_SYSTEM, icu::Locale::getRoot(), st);
+    return U_SUCCESS(st) ? f : nullptr;
+  }();
+  if (rbnf == nullptr) return "<no rules>";
+  rbnf->setDefaultRuleSet(ns->getDescription(), status);
+  if (U_FAILURE(status)) return "<no rule set>";
+  UnicodeString out;
+  rbnf->format(static_cast<int64_t>(n), out);
+  return utf8(out);
+}
+
+}  // namespace
+
+// Hebrew with the geresh and gershayim left out and final letter forms made plain: ICU's
+// numerals then read as this formatting spells them.
+std::string plainHebrew(const std::string& icu) {
+  UnicodeString s = UnicodeString::fromUTF8(icu), out;
+  for (int32_t i = 0; i < s.length(); ++i) {
+    char16_t c = s.charAt(i);
+    if (c == 0x05F3 || c == 0x05F4) continue;
+    switch (c) {
+      case 0x05DA:
+        c = 0x05DB;
+        break;
+      case 0x05DD:
+        c = 0x05DE;
+        break;
+      case 0x05DF:
+        c = 0x05E0;
+        break;
+      case 0x05E3:
+        c = 0x05E4;
+        break;
+      case 0x05E5:
+        c = 0x05E6;
+        break;
+      default:
+        break;
+    }
+    out.append(c);
+  }
+  return utf8(out);
+}
+
+TEST(FormatNumberIcu, UpperRomanAgreesOverTheWholeRange) {
+  for (long long n = 1; n <= 39999; ++n) ASSERT_EQ(F(n, u"I"), icuNumbering("roman", n)) << n;
+}
+
+TEST(FormatNumberIcu, LowerRomanAgreesUpTo3999) {
+  for (long long n = 1; n <= 3999; ++n) ASSERT_EQ(F(n, u"i"), icuNumbering("romanlow", n)) << n;
+  // ICU goes on to 4999 with repeated m; here the range ends and the number is decimal.
+  EXPECT_EQ(icuNumbering("romanlow", 4000), "mmmm");
+  EXPECT_EQ(F(4000, u"i"), "4000");
+}
+
+TEST(FormatNumberIcu, ArmenianAgreesBelow10000SaveTheSevenThousands) {
+  for (long long n = 1; n <= 9999; ++n) {
+    if (n / 1000 == 7) continue;
+    ASSERT_EQ(F(n, one(0x0531)), icuNumbering("armn", n)) << n;
+    ASSERT_EQ(F(n, one(0x0561)), icuNumbering("armnlow", n)) << n;
+  }
+  // ICU writes seven thousand as its letter alone, here with U+0548 / U+0578 before it.
+  EXPECT_EQ(icuNumbering("armn", 7000), cps({0x0552}));
+  EXPECT_EQ(F(7000, one(0x0531)), cps({0x0548, 0x0552}));
+  EXPECT_EQ(icuNumbering("armnlow", 7001), cps({0x0582, 0x0561}));
+  EXPECT_EQ(F(7001, one(0x0561)), cps({0x0578, 0x0582, 0x0561}));
+  // From 10000 on ICU has no rule and prints decimal; here the high part takes U+0302.
+  EXPECT_EQ(icuNumbering("armn", 10000), "10,000");
+  EXPECT_EQ(F(10000, one(0x0531)), cps({0x0531, 0x0302}));
+}
+
+TEST(FormatNumberIcu, HebrewAgreesBelow1000SaveItsMarksAndAvoidedSpellings) {
+  // ICU reorders five spellings that form words; the plain order is kept here.
+  const std::map<long long, std::string> reordered = {{298, cps({0x05E8, 0x05D7, 0x05E6})},
+                                                      {304, cps({0x05D3, 0x05E9})},
+                                                      {344, cps({0x05E9, 0x05D3, 0x05DE})},
+                                                      {698, cps({0x05EA, 0x05E8, 0x05D7, 0x05E6})},
+                                                      {744, cps({0x05EA, 0x05E9, 0x05D3, 0x05DE})}};
+  for (long long n = 1; n <= 999; ++n) {
+    const std::string icu = plainHebrew(icuNumbering("hebr", n));
+    auto it = reordered.find(n);
+    if (it != reordered.end()) {
+      EXPECT_EQ(icu, it->second) << n;
+      EXPECT_NE(F(n, one(0x05D0)), icu) << n;
+    } else {
+      ASSERT_EQ(F(n, one(0x05D0)), icu) << n;
+    }
+  }
+  EXPECT_EQ(F(298, one(0x05D0)), cps({0x05E8, 0x05E6, 0x05D7}));
+}
+
+TEST(FormatNumberIcu, HebrewThousandsAgreeWhenTheRestIsZero) {
+  for (long long k = 1; k <= 999; ++k) {
+    if (k == 298 || k == 304 || k == 344 || k == 698 || k == 744) continue;
+    // The words for thousand keep their final letters on both sides.
+    ASSERT_EQ(plainHebrew(F(k * 1000, one(0x05D0))), plainHebrew(icuNumbering("hebr", k * 1000)))
+        << k;
+  }
+  // With a rest below the thousands ICU joins the parts with a geresh; here the level below
+  // a group without trailing zeros is not written and a space stands between the parts.
+  EXPECT_EQ(icuNumbering("hebr", 1500), cps({0x05D0, 0x05F3, 0x05EA, 0x05F4, 0x05E7}));
+  EXPECT_EQ(F(1500, one(0x05D0)), cps({0x05D0, ' ', 0x05EA, 0x05E7}));
+}
+
+TEST(FormatNumberIcu, GeorgianAgreesBelow400) {
+  for (long long n = 1; n <= 399; ++n) ASSERT_EQ(F(n, one(0x10D0)), icuNumbering("geor", n)) << n;
+  // The hundreds table here has no U+10E3: from 400 on the letters differ from ICU's.
+  EXPECT_EQ(icuNumbering("geor", 400), cps({0x10E3}));
+  EXPECT_EQ(F(400, one(0x10D0)), cps({0x10F3}));
+  EXPECT_EQ(icuNumbering("geor", 1000), cps({0x10E8}));
+  EXPECT_EQ(F(1000, one(0x10D0)), cps({0x10E9}));
+}
+
+TEST(FormatNumberIcu, TamilAgreesOnlyBelowTen) {
+  for (long long n = 1; n <= 9; ++n) ASSERT_EQ(F(n, one(0x0BE7)), icuNumbering("taml", n)) << n;
+  // ICU writes no digit one before a mark and no marks over zeros.
+  EXPECT_EQ(icuNumbering("taml", 10), cps({0x0BF0}));
+  EXPECT_EQ(F(10, one(0x0BE7)), cps({0x0BE7, 0x0BF0}));
+  EXPECT_EQ(icuNumbering("taml", 1000), cps({0x0BF2}));
+  EXPECT_EQ(F(1000, one(0x0BE7)), cps({0x0BE7, 0x0BF2, 0x0BF1, 0x0BF0}));
 }
