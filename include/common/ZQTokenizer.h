@@ -92,6 +92,14 @@ class ZQCOMMON_API ZQTokenizer {
 
  private:
   bool checkCSSName() const;
+  /// Takes [begin, end) as a name token and moves behind it.
+  int setName(const char16_t* begin, const char16_t* end);
+  /// A CSS name with its escapes resolved, from the current position.
+  void readCSSName();
+  /// A number and the unit written right behind it, from the current position.
+  int readNumber();
+  /// nextTokenValueFunc at a nesting depth, so that a deep text cannot exhaust the stack.
+  ZQValue nextTokenValueFunc(bool asString, int depth);
   /// The (mantissa, exponent) of a possible exponent after `value`, applied to `value`.
   std::pair<double, double> eNotation(ZQValue& value);
 

@@ -12,4 +12,6 @@ bool numericLocaleIsC() {
 
 void setNumericLocaleC() { std::setlocale(LC_NUMERIC, "C"); }
 
+icu::Locale defaultLocale() { return icu::Locale::getDefault(); }
+
 }  // namespace ZQCommonNS::platform
