@@ -1,17 +1,22 @@
 #include <gtest/gtest.h>
-
-#include <climits>
-#include <initializer_list>
-#include <string>
-
 #include <unicode/numsys.h>
 #include <unicode/rbnf.h>
 
+#include <atomic>
+#include <chrono>
+#include <climits>
+#include <future>
+#include <initializer_list>
 #include <map>
 #include <memory>
+#include <string>
+#include <thread>
+#include <vector>
 
 #include "TestSupport.h"
+#include "common/ZQLock.h"
 #include "common/ZQUtil.h"
+#include "util/ZQCounterStyleInternal.h"
 #include "util/ZQFormatNumberInternal.h"
 
 using namespace ZQCommonNS;
@@ -20,10 +25,15 @@ namespace {
 
 using zqtest::utf8;
 
-// The number under `format`, as UTF-8 so failures print readably.
+// The number under `format` without a language, as UTF-8 so failures print readably.
 std::string F(long long n, const UnicodeString& format, const UnicodeString& sep = u"",
               int size = 0) {
-  return utf8(util::formatNumberWith(n, format, sep, size, nullptr, nullptr));
+  return utf8(ZQUtil::formatNumber(n, format, sep, size, ZQLang(), ZQN_auto));
+}
+
+// The number under `format` in the language `tag`.
+std::string L(long long n, const UnicodeString& format, const char* tag) {
+  return utf8(ZQUtil::formatNumber(n, format, ZQLang(tag)));
 }
 
 // UTF-8 of a list of code points.
@@ -64,6 +74,10 @@ TEST(FormatNumberEdge, ZeroPaddedWidthAndGrouping) {
 TEST(FormatNumberEdge, LettersCarryAfterZ) {
   EXPECT_EQ(F(26, u"a"), "z");
   EXPECT_EQ(F(27, u"a"), "aa");
+}
+
+TEST(FormatNumberEdge, UpperLetterInRussianIsCyrillic) {
+  EXPECT_EQ(L(1, u"A", "ru"), cps({0x0410}));
 }
 
 TEST(FormatNumberEdge, LowerRomanEndsAt3999) {
@@ -185,13 +199,13 @@ TEST(FormatNumberDigits, PaddedDigitsAreGrouped) {
 TEST(FormatNumberDigits, WidthIsCutToThePrintBuffer) {
   UnicodeString token(1500, u'0', 1499);
   token.append(u'1');
-  const UnicodeString r = util::formatNumberWith(5, token, u"", 0, nullptr, nullptr);
+  const UnicodeString r = ZQUtil::formatNumber(5, token, ZQLang());
   EXPECT_EQ(r.length(), 999);
   EXPECT_EQ(r.charAt(998), u'5');
   EXPECT_EQ(r.charAt(0), u'0');
   UnicodeString hangul(1200, UChar32{0xC601}, 1199);
   hangul.append(UChar32{0xC77C});
-  const UnicodeString k = util::formatNumberWith(-5, hangul, u"", 0, nullptr, nullptr);
+  const UnicodeString k = ZQUtil::formatNumber(-5, hangul, ZQLang());
   EXPECT_EQ(k.length(), 999);
   EXPECT_EQ(k.charAt(0), u'-');
   EXPECT_EQ(k.charAt(1), 0xC601);
@@ -893,4 +907,382 @@ TEST(FormatNumberIcu, TamilAgreesOnlyBelowTen) {
   EXPECT_EQ(F(10, one(0x0BE7)), cps({0x0BE7, 0x0BF0}));
   EXPECT_EQ(icuNumbering("taml", 1000), cps({0x0BF2}));
   EXPECT_EQ(F(1000, one(0x0BE7)), cps({0x0BE7, 0x0BF2, 0x0BF1, 0x0BF0}));
+}
+
+// ---- Per-language alphabets ----
+
+namespace {
+struct LanguageRow {
+  const char* lang;
+  int upperCount;
+  const char* upper;  // null: no upper-case alphabet of its own
+  const char* lower;
+  int lowerCount;
+};
+
+const LanguageRow kLanguageRows[] = {
+    {"de", 0, nullptr, "abcdefghijklmnopqrstuvwxyzß", 27},
+    {"it", 21, "ABCDEFGHILMNOPQRSTUVZ", "abcdefghilmnopqrstuvz", 21},
+    {"fi", 20, "ADEHIJKLMNOPRSTUVYÄÖ", "adeghijklmnoprstuvyäö", 21},
+    {"da", 29, "ABCDEFGHIJKLMNOPQRSTUVWXYZÆØÅ", "abcdefghijklmnopqrstuvwxyzæøå", 29},
+    {"no", 29, "ABCDEFGHIJKLMNOPQRSTUVWXYZÆØÅ", "abcdefghijklmnopqrstuvwxyzæøå", 29},
+    {"sv", 29, "ABCDEFGHIJKLMNOPQRSTUVWXYZÅÄÖ", "abcdefghijklmnopqrstuvwxyzåäö", 29},
+    {"nl", 27, "ABCDEFGHIJKLMNOPQRSTUVWXYĲZ", "abcdefghijklmnopqrstuvwxyĳz", 27},
+    {"hu", 31, "AÁBCDEÉFGHIÍJKLMNOÓÖŐPRSTUÚÜŰVZ", "aábcdeéfghiíjklmnoóöőprstuúüűvz", 31},
+    {"et", 32, "ABCDEFGHIJKLMNOPQRSŠZŽTUVWÕÄÖÜXY", "abcdefghijklmnopqrsšzžtuvwõäöüxy", 32},
+    {"es", 27, "ABCDEFGHIJKLMNÑOPQRSTUVWXYZ", "abcdefghijklmnñopqrstuvwxyz", 27},
+    {"pl", 32, "AĄBCĆDEĘFGHIJKLŁMNŃOÓPRSŚTUWYZŹŻ", "aąbcćdeęfghijklłmnńoóprsśtuwyzźż", 32},
+    {"cs", 41, "AÁBCČDĎEÉĚFGHIÍJKLMNŃOÓPQRŘSŚTŤUÚŮVWXYÝZŽ",
+     "aábcčdďeéěfghiíjklmnńoópqrřsśtťuúůvwxyýzž", 41},
+    {"sk", 42, "AÁÄBCČDĎEÉFGHIÍJKLĹĽMNŃOÓÔPQRSŚTŤUÚVWXYÝZŽ",
+     "aáäbcčdďeéfghiíjklĺľmnńoóôpqrsśtťuúvwxyýzž", 42},
+    {"sl", 25, "ABCČDEFGHIJKLMNOPRSŚTUVZŽ", "abcčdefghijklmnoprsśtuvzž", 25},
+    {"lt", 32, "AĄBCČDEĘĖFGHIĮYJKLMNOPRSŚTUŲŪVZŽ", "aąbcčdeęėfghiįyjklmnoprsśtuųūvzž", 32},
+    {"tr", 29, "ABCÇDEFGĞHIİJKLMNOÖPRSŞTUÜVYZ", "abcçdefgğhıijklmnoöprsştuüvyz", 29},
+    {"is", 34, "AÁBCDÐEÉFGHIÍJKLMNOÓPRSTUÚVXYÝZÞÆÖ", "aábcdðeéfghiíjklmnoóprstuúvxyýzþæö", 34},
+    {"eo", 28, "ABCĈDEFGĜHĤIJĴKLMNOPRSŜTUŬVZ", "abcĉdefgĝhĥijĵklmnoprsŝtuŭvz", 28},
+    {"ro", 28, "AĂÂBCDEFGHIÎJKLMNOPRSŞTŢUVXZ", "aăâbcdefghiîjklmnoprsştţuvxz", 28},
+    {"ga", 18, "ABCDEFGHILMNOPRSTU", "abcdefghilmnoprstu", 18},
+    {"lv", 33, "AĀBCČDEĒFGĢHIĪJKĶLĻMNŅOPRSŠTUŪVZŽ", "aābcčdeēfgģhiījkķlļmnņoprsštuūvzž", 33},
+    {"sq", 27, "ABCÇDEËFGHIJKLMNOPQRSTUVXYZ", "abcçdeëfghijklmnopqrstuvxyz", 27},
+    {"eu", 27, "ABCDEFGHIJKLMNÑOPQRSTUVWXYZ", "abcdefghijklmnñopqrstuvwxyz", 27},
+    {"mt", 28, "ABĊDEFĠGHĦIJKLMNOPQRSTUVWXŻZ", "abċdefġghħijklmnopqrstuvwxżz", 28},
+    {"vi", 29, "AĂÂBCDĐEÊGHIKLMNOÔƠPQRSTUƯVXY", "aăâbcdđeêghiklmnoôơpqrstuưvxy", 29},
+    {"ru", 29, "АБВГДЕЖЗИКЛМНОПРСТУФХЦЧШЩЫЭЮЯ", "абвгдежзиклмнопрстуфхцчшщыэюя", 29},
+    {"uk", 32, "АБВГЃДЕЄЖЗИІЇКЛМНОПРСТУФХЦЧШЩЮЯЬ", "абвгѓдеєжзиіїклмнопрстуфхцчшщюяь", 32},
+    {"bg", 29, "АБВГДЕЖЗИКЛМНОПРСТУФХЦЧШЩЪЬЮЯ", "абвгдежзиклмнопрстуфхцчшщъьюя", 29},
+    {"sr", 30, "АБВГДЂЕЖЗИЈКЛЉМНЊОПРСТЋУФХЦЧЏШ", "абвгдђежзијклљмнњопрстћуфхцчџш", 30},
+    {"mk", 31, "АБВГДЃЕЖЗЅИЈКЛЉМНЊОПРСТЌУФХЦЧЏШ", "абвгдѓежзѕијклљмнњопрстќуфхцчџш", 31},
+    {"be", 26, "АБВГДЖЗІКЛМНОПРСТУФХЦЧШЫЬЭ", "абвгдежзіклмнопрстуфхцчшыьэюя", 29},
+    {"tg", 34, "АБВГДЕЖЗИКЛМНОПРСТУФХЧШЪЬЭЮЯҒӢҚӮҲҶ", "абвгдежзиклмнопрстуфхчшъьэюяғӣқӯҳҷ", 34},
+    {"uz", 30, "АБВГДЕЖЗИКЛМНОПРСТУФХЧШЪЭЮЯҚҒҲ", "АБВГДЕЖЗИКЛМНОПРСТУФХЧШЪЭЮЯҚҒҲ", 30},
+    {"el", 24, "ΑΒΓΔΕΖΗΘΙΚΛΜΝΞΟΠΡΣΤΥΦΧΨΩ", "αβγδεζηθικλμνξοπρστυφχψω", 24},
+};
+
+// The i-th (from 1) code point of a UTF-8 text.
+std::string letterAt(const char* text, int i) {
+  UnicodeString s = UnicodeString::fromUTF8(text);
+  return utf8(UnicodeString(s.char32At(s.moveIndex32(0, i - 1))));
+}
+
+bool isCyrillicRow(const LanguageRow& r) {
+  UnicodeString s = UnicodeString::fromUTF8(r.lower);
+  return s.char32At(0) >= 0x0400 && s.char32At(0) < 0x0530;
+}
+bool isGreekRow(const LanguageRow& r) { return std::string(r.lang) == "el"; }
+}  // namespace
+
+TEST(FormatNumberLanguage, CountsAsTabled) {
+  for (const LanguageRow& r : kLanguageRows) {
+    SCOPED_TRACE(r.lang);
+    if (r.upper) EXPECT_EQ(UnicodeString::fromUTF8(r.upper).countChar32(), r.upperCount);
+    EXPECT_EQ(UnicodeString::fromUTF8(r.lower).countChar32(), r.lowerCount);
+  }
+}
+
+TEST(FormatNumberLanguage, EveryLetterOfEveryLowerCaseAlphabet) {
+  for (const LanguageRow& r : kLanguageRows) {
+    SCOPED_TRACE(r.lang);
+    for (int i = 1; i <= r.lowerCount; ++i)
+      ASSERT_EQ(L(i, u"a", r.lang), letterAt(r.lower, i)) << i;
+    EXPECT_EQ(L(r.lowerCount + 1, u"a", r.lang), letterAt(r.lower, 1) + letterAt(r.lower, 1));
+    EXPECT_EQ(L(r.lowerCount * (r.lowerCount + 1), u"(a)", r.lang),
+              "(" + letterAt(r.lower, r.lowerCount) + letterAt(r.lower, r.lowerCount) + ")");
+  }
+}
+
+TEST(FormatNumberLanguage, EveryLetterOfEveryUpperCaseAlphabet) {
+  for (const LanguageRow& r : kLanguageRows) {
+    if (!r.upper) continue;
+    SCOPED_TRACE(r.lang);
+    for (int i = 1; i <= r.upperCount; ++i)
+      ASSERT_EQ(L(i, u"A", r.lang), letterAt(r.upper, i)) << i;
+    EXPECT_EQ(L(r.upperCount + 1, u"A", r.lang), letterAt(r.upper, 1) + letterAt(r.upper, 1));
+  }
+}
+
+TEST(FormatNumberLanguage, ScriptTokensUseOnlyTheirOwnMap) {
+  for (const LanguageRow& r : kLanguageRows) {
+    SCOPED_TRACE(r.lang);
+    const int last = r.lowerCount;
+    if (isCyrillicRow(r)) {
+      EXPECT_EQ(L(last, one(0x0430), r.lang), letterAt(r.lower, last));
+      EXPECT_EQ(L(r.upperCount, one(0x0410), r.lang), letterAt(r.upper, r.upperCount));
+    } else if (isGreekRow(r)) {
+      EXPECT_EQ(L(last, one(0x03B1), r.lang), letterAt(r.lower, last));
+      EXPECT_EQ(L(r.upperCount, one(0x0391), r.lang), letterAt(r.upper, r.upperCount));
+    } else {
+      // A Latin-script language leaves the Greek and Cyrillic tokens at their defaults.
+      EXPECT_EQ(L(24, one(0x03B1), r.lang), cps({0x03C9}));
+      EXPECT_EQ(L(29, one(0x0410), r.lang), cps({0x042F}));
+    }
+  }
+  // Cyrillic languages don't reach the Greek token, nor Greek the Cyrillic one.
+  EXPECT_EQ(L(5, one(0x0391), "uk"), cps({0x0395}));
+  EXPECT_EQ(L(29, one(0x0430), "el"), cps({0x044F}));
+}
+
+TEST(FormatNumberLanguage, IrregularAlphabetsAsTabled) {
+  // Finnish upper case has no G, lower case has one.
+  EXPECT_EQ(L(4, u"A", "fi"), "H");
+  EXPECT_EQ(L(4, u"a", "fi"), "g");
+  EXPECT_EQ(L(21, u"A", "fi"), "AA");
+  EXPECT_EQ(L(21, u"a", "fi"), "ö");
+  // Belarusian: 26 upper, 29 lower letters.
+  EXPECT_EQ(L(27, u"A", "be"), cps({0x0410, 0x0410}));
+  EXPECT_EQ(L(27, u"a", "be"), cps({0x044D}));
+  EXPECT_EQ(L(29, u"a", "be"), cps({0x044F}));
+  // German has a lower-case alphabet only: upper case is A-Z.
+  EXPECT_EQ(L(27, u"a", "de"), "ß");
+  EXPECT_EQ(L(27, u"A", "de"), "AA");
+  // The lower-case Uzbek alphabet is written in capitals.
+  EXPECT_EQ(L(1, u"a", "uz"), cps({0x0410}));
+  EXPECT_EQ(L(30, u"a", "uz"), cps({0x04B2}));
+}
+
+TEST(FormatNumberLanguage, LetterTokensTryLatinThenGreekThenCyrillic) {
+  EXPECT_EQ(L(2, u"A", "el"), cps({0x0392}));
+  EXPECT_EQ(L(2, u"a", "el"), cps({0x03B2}));
+  EXPECT_EQ(L(2, u"a", "ru"), cps({0x0431}));
+  EXPECT_EQ(L(5, u"a", "uk"), cps({0x0453}));
+  EXPECT_EQ(L(15, u"a", "es"), cps({0x00F1}));
+}
+
+TEST(FormatNumberLanguage, LanguageWithoutEntryOrNoLanguageUsesTheDefault) {
+  EXPECT_EQ(L(27, u"a", "en"), "aa");
+  EXPECT_EQ(L(27, u"a", "ja"), "aa");
+  EXPECT_EQ(L(27, u"a", ""), "aa");
+  EXPECT_EQ(L(27, u"a", "none"), "aa");
+  EXPECT_EQ(L(27, u"A", "xx"), "AA");
+}
+
+TEST(FormatNumberLanguage, MatchIsExactOnLanguageAndCountry) {
+  // The maps are keyed by language alone: a tag with a country has no entry.
+  EXPECT_EQ(L(1, u"A", "ru-RU"), "A");
+  EXPECT_EQ(L(1, one(0x0410), "bg-BG"), cps({0x0410}));
+  EXPECT_EQ(L(29, u"a", "sv-SE"), "ac");
+  EXPECT_EQ(L(29, u"a", "sv"), cps({0x00F6}));
+  // Bibliographic codes are normalised first: "ger" is German.
+  EXPECT_EQ(L(27, u"a", "ger"), "ß");
+  EXPECT_EQ(L(27, u"a", "DE"), "ß");
+}
+
+TEST(FormatNumberLanguage, LanguageAlphabetsHaveNoSixteenBitLimit) {
+  // Only the A-Z default takes the number in its low 16 bits.
+  EXPECT_EQ(L(65536, u"a", "ru"), "буыщ");
+  EXPECT_EQ(L(65536, u"a", "en"), "65536");
+  EXPECT_EQ(L(65536 + 1, u"a", "en"), "a");
+  EXPECT_EQ(L(LLONG_MAX, u"a", "ga"), "aflsteieorhberlg");
+}
+
+TEST(FormatNumberLanguage, NegativeAndZeroAreDecimalInEveryLanguage) {
+  EXPECT_EQ(L(0, u"a", "ru"), "0");
+  EXPECT_EQ(L(-3, u"(A)", "el"), "(-3)");
+  EXPECT_EQ(L(0, one(0x0430), "uk"), "0");
+}
+
+// ---- The two forms and the letter value ----
+
+TEST(FormatNumberForms, ShortFormIsTheLongFormWithoutGrouping) {
+  for (const char16_t* format : {u"", u"1", u"01", u"a", u"I", u"\u05D0", u"**", u"ab"}) {
+    for (long long n : {-5LL, 0LL, 7LL, 1234567LL}) {
+      EXPECT_EQ(ZQUtil::formatNumber(n, format, ZQLang("ru")),
+                ZQUtil::formatNumber(n, format, UnicodeString(), 0, ZQLang("ru"), ZQN_auto));
+    }
+  }
+}
+
+TEST(FormatNumberForms, LetterValueTakesNoPart) {
+  for (const char16_t* format : {u"a", u"i", u"\u05D0", u"\u03B1"}) {
+    for (ZQNameEnum lv : {ZQN_auto, ZQN_alphabetic, ZQN_traditional, ZQN_EMPTY}) {
+      EXPECT_EQ(ZQUtil::formatNumber(9, format, u",", 1, ZQLang("el"), lv),
+                ZQUtil::formatNumber(9, format, u",", 1, ZQLang("el"), ZQN_auto));
+    }
+  }
+}
+TEST(FormatNumberIcu, EthiopicAgreesBelowATrillion) {
+  for (long long n = 1; n <= 100000; ++n)
+    ASSERT_EQ(F(n, one(0x1369)), icuNumbering("ethi", n)) << n;
+  // A stride through each order of magnitude up to 10^12.
+  for (long long scale = 1000000; scale < 1000000000000LL; scale *= 10)
+    for (long long n = scale; n < scale * 10; n += scale / 7 + 12345)
+      ASSERT_EQ(F(n, one(0x1369)), icuNumbering("ethi", n)) << n;
+  // Above, ICU writes a zero pair between two ten thousands with its own U+137C; here a zero
+  // pair at an odd place writes nothing.
+  EXPECT_EQ(icuNumbering("ethi", 2000000086414),
+            cps({0x136A, 0x137C, 0x137C, 0x137C, 0x1370, 0x137C, 0x1377, 0x136C, 0x137B, 0x1372,
+                 0x136C}));
+  EXPECT_EQ(F(2000000086414, one(0x1369)),
+            cps({0x136A, 0x137C, 0x137C, 0x1370, 0x137C, 0x1377, 0x136C, 0x137B, 0x1372, 0x136C}));
+}
+
+// ---- Ethiopic through the counter styles' conversion ----
+
+TEST(FormatNumberRows, Ethiopic) {
+  checkRows({{0x1369, 1, cps({0x1369})},
+             {0x1369, 10, cps({0x1372})},
+             {0x1369, 100, cps({0x137B})},
+             {0x1369, 10000, cps({0x137C})},
+             {0x1369, 0, "0"},
+             {0x1369, -1, "-1"}});
+  EXPECT_FALSE(F(LLONG_MAX, one(0x1369)).empty());
+  EXPECT_EQ(F(LLONG_MAX, one(0x1369)), utf8(util::formatEthiopic(LLONG_MAX)));
+}
+
+// ---- convertKansuji ----
+
+namespace {
+std::string K(const UnicodeString& text, ZQNameEnum mode, const ZQName& digits = ZQN_kanji,
+              const UnicodeString& units = u"") {
+  return utf8(ZQUtil::convertKansuji(text, mode, digits, units, u""));
+}
+std::string KN(long long n, ZQNameEnum mode, const ZQName& digits = ZQN_kanji,
+               const UnicodeString& units = u"") {
+  return utf8(ZQUtil::convertKansuji(n, mode, digits, units, u""));
+}
+}  // namespace
+
+TEST(FormatNumberKansuji, ModesPickTheConversion) {
+  EXPECT_EQ(K(u"1234", ZQN_readable), "千二百三十四");
+  EXPECT_EQ(K(u"1234", ZQN_grouping), "一二三四");
+  EXPECT_EQ(K(u"10000", ZQN_grouping), "一万");
+  EXPECT_EQ(K(u"10000", ZQN_simple), "一〇〇〇〇");
+  // Any other mode is simple.
+  EXPECT_EQ(K(u"10000", ZQN_auto), "一〇〇〇〇");
+  EXPECT_EQ(K(u"10000", ZQN_EMPTY), "一〇〇〇〇");
+  EXPECT_EQ(K(u"100000000", ZQN_readable), "一億万");
+}
+
+TEST(FormatNumberKansuji, TextBetweenDigitRunsIsCopied) {
+  EXPECT_EQ(K(u"第12章 3", ZQN_simple), "第一二章 三");
+  EXPECT_EQ(K(u"第12章 3", ZQN_readable), "第十二章 三");
+  EXPECT_EQ(K(u"", ZQN_readable), "");
+  EXPECT_EQ(K(u"abc", ZQN_grouping), "abc");
+}
+
+TEST(FormatNumberKansuji, GroupingTextPathMarksInsideTheSpan) {
+  EXPECT_EQ(K(u"x1.5", ZQN_grouping), "x一・五");
+  EXPECT_EQ(K(u"12a34", ZQN_grouping), "一二ａ三四");
+  EXPECT_EQ(K(u"x1.5", ZQN_simple), "x一.五");
+}
+
+TEST(FormatNumberKansuji, LatinDigitsAreFullWidth) {
+  EXPECT_EQ(K(u"1234567890", ZQN_simple, ZQN_latin), "１２３４５６７８９０");
+  EXPECT_EQ(K(u"1234", ZQN_readable, ZQN_latin), "千２百３十４");
+  EXPECT_EQ(K(u"20000", ZQN_grouping, ZQN_latin), "２万");
+}
+
+TEST(FormatNumberKansuji, OtherDigitNamesGiveUpToTenCodePoints) {
+  EXPECT_EQ(K(u"0123", ZQN_simple, ZQName(UnicodeString(u"abc"))), "abc三");
+  EXPECT_EQ(K(u"9876543210", ZQN_simple, ZQName(UnicodeString(u"ABCDEFGHIJKLMN"))), "JIHGFEDCBA");
+  EXPECT_EQ(K(u"12", ZQN_simple, ZQName(UnicodeString(u"\U00020000\U00020001\U00020002"))),
+            cps({0x20001, 0x20002}));
+  // The empty name changes nothing.
+  EXPECT_EQ(K(u"12", ZQN_simple, ZQName()), "一二");
+}
+
+TEST(FormatNumberKansuji, UnitsReplaceTenHundredThousandThenThePowers) {
+  EXPECT_EQ(K(u"1234", ZQN_readable, ZQN_kanji, u"XYZ"), "Z二Y三X四");
+  EXPECT_EQ(K(u"12", ZQN_readable, ZQN_kanji, u"X"), "X二");
+  EXPECT_EQ(K(u"120", ZQN_readable, ZQN_kanji, u"X"), "百二X");
+  EXPECT_EQ(K(u"10000", ZQN_readable, ZQN_kanji, u"XYZW"), "一W");
+  EXPECT_EQ(K(u"100000000", ZQN_grouping, ZQN_kanji, u"XYZWV"), "一V");
+  // Twelve powers at most: the fifteenth code point and beyond are not used.
+  EXPECT_EQ(K(u"1" + UnicodeString(48, u'0', 48), ZQN_grouping, ZQN_kanji, u"XYZabcdefghijklQ"),
+            "一l");
+}
+
+TEST(FormatNumberKansuji, NumberFormIsItsDecimalText) {
+  EXPECT_EQ(KN(1234, ZQN_readable), "千二百三十四");
+  EXPECT_EQ(KN(-1234, ZQN_readable), "-千二百三十四");
+  EXPECT_EQ(KN(0, ZQN_readable), "〇");
+  EXPECT_EQ(KN(105, ZQN_simple, ZQN_latin), "１０５");
+  for (long long n : {-99999LL, 7LL, 10000LL, 123456789LL, LLONG_MAX, LLONG_MIN}) {
+    SCOPED_TRACE(n);
+    EXPECT_EQ(KN(n, ZQN_grouping), K(UnicodeString::fromUTF8(std::to_string(n)), ZQN_grouping));
+  }
+}
+
+TEST(FormatNumberKansuji, ReservedTakesNoPart) {
+  EXPECT_EQ(ZQUtil::convertKansuji(u"1234", ZQN_readable, ZQN_kanji, u"", u"anything"),
+            ZQUtil::convertKansuji(u"1234", ZQN_readable, ZQN_kanji, u"", u""));
+  EXPECT_EQ(ZQUtil::convertKansuji(42, ZQN_grouping, ZQN_latin, u"", u"x"),
+            ZQUtil::convertKansuji(42, ZQN_grouping, ZQN_latin, u"", u""));
+}
+
+// ---- The alphabet maps: built once under the library lock, then read without it ----
+
+namespace {
+// Holds the library lock on a thread of its own until released.
+class LibraryLockHolder {
+ public:
+  LibraryLockHolder() {
+    m_thread = std::thread([this] {
+      ZQMutex guard;
+      m_held.set_value();
+      m_release.get_future().wait();
+    });
+    m_held.get_future().wait();
+  }
+  void release() {
+    if (!m_released) m_release.set_value();
+    m_released = true;
+    m_thread.join();
+  }
+  ~LibraryLockHolder() {
+    if (!m_released) release();
+  }
+
+ private:
+  std::thread m_thread;
+  std::promise<void> m_held, m_release;
+  bool m_released = false;
+};
+}  // namespace
+
+TEST(FormatNumberMaps, LaterCallsTakeNoLock) {
+  const ZQLang ru("ru");
+  EXPECT_EQ(utf8(ZQUtil::formatNumber(2, u"a", ru)), cps({0x0431}));
+  LibraryLockHolder holder;
+  auto result = std::async(std::launch::async, [&] { return ZQUtil::formatNumber(3, u"a", ru); });
+  const bool done = result.wait_for(std::chrono::seconds(10)) == std::future_status::ready;
+  holder.release();
+  EXPECT_TRUE(done) << "formatting waited for the library lock";
+  EXPECT_EQ(utf8(result.get()), cps({0x0432}));
+}
+
+TEST(FormatNumberMaps, FirstUseBuildsUnderTheLibraryLockAndCleanupReleases) {
+  ZQUtil::cleanup();
+  const ZQLang el("el");
+  // Without a language no map is needed, and nothing waits.
+  EXPECT_EQ(F(2, u"a"), "b");
+  LibraryLockHolder holder;
+  auto result = std::async(std::launch::async, [&] { return ZQUtil::formatNumber(2, u"a", el); });
+  const bool waited =
+      result.wait_for(std::chrono::milliseconds(200)) == std::future_status::timeout;
+  holder.release();
+  EXPECT_TRUE(waited) << "the maps were built without the library lock";
+  EXPECT_EQ(utf8(result.get()), cps({0x03B2}));
+}
+
+TEST(FormatNumberMaps, ManyThreadsOnFirstUseAgree) {
+  ZQUtil::cleanup();
+  std::vector<std::thread> threads;
+  std::atomic<int> wrong{0};
+  for (int t = 0; t < 8; ++t) {
+    threads.emplace_back([&wrong, t] {
+      const char* tags[] = {"ru", "de", "el", "uk"};
+      const char* tag = tags[t % 4];
+      for (int i = 0; i < 200; ++i) {
+        const std::string a = utf8(ZQUtil::formatNumber(27, u"a", ZQLang(tag)));
+        const std::string expected = t % 4 == 0   ? cps({0x044D})
+                                     : t % 4 == 1 ? "ß"
+                                     : t % 4 == 2 ? cps({0x03B1, 0x03B3})
+                                                  : cps({0x0447});
+        if (a != expected) ++wrong;
+      }
+    });
+  }
+  for (auto& th : threads) th.join();
+  EXPECT_EQ(wrong.load(), 0);
 }

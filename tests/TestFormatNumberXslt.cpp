@@ -14,7 +14,6 @@
 
 #include "TestSupport.h"
 #include "common/ZQUtil.h"
-#include "util/ZQFormatNumberInternal.h"
 
 using namespace ZQCommonNS;
 
@@ -159,9 +158,9 @@ const XsltRun& xsltRun() {
 }
 
 std::string ours(long long n, const Format& f) {
-  return utf8(util::formatNumberWith(n, UnicodeString::fromUTF8(f.format),
-                                     UnicodeString::fromUTF8(f.separator), f.size, nullptr,
-                                     nullptr));
+  return utf8(ZQUtil::formatNumber(n, UnicodeString::fromUTF8(f.format),
+                                   UnicodeString::fromUTF8(f.separator), f.size, ZQLang(),
+                                   ZQN_auto));
 }
 
 bool isRomanFormat(const Format& f) { return f.format.find_first_of("iI") != std::string::npos; }

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <vector>
 
+#include "util/ZQCounterStyleInternal.h"
 #include "util/ZQFormatNumberInternal.h"
 
 namespace ZQCommonNS::util {
@@ -400,6 +401,11 @@ class Formatter {
                      ? appended([&](UnicodeString& body) { appendGeorgian(body, n); })
                      : decimal();
         return true;
+      case 0x1369: {
+        UnicodeString text = n >= 1 ? formatEthiopic(n) : UnicodeString();
+        result = text.isEmpty() ? decimal() : wrap(text);
+        return true;
+      }
       case 0x3042:
         result = n >= 1 ? alphabetic(positive(), lettersOf(kHiragana)) : decimal();
         return true;
