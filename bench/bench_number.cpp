@@ -31,20 +31,21 @@ void runBatch(benchmark::State& state, long long limit, F format) {
 
 void BM_Decimal_ZQUtil(benchmark::State& state) {
   const UnicodeString format(u"1");
-  runBatch(state, 1000000000,
-           [&](long long n) { return ZQUtil::formatNumber(n, format, ZQLang()); });
+  const ZQLang none;
+  runBatch(state, 1000000000, [&](long long n) { return ZQUtil::formatNumber(n, format, none); });
 }
 
 void BM_DecimalGrouped_ZQUtil(benchmark::State& state) {
   const UnicodeString format(u"1"), sep(u",");
-  runBatch(state, 1000000000, [&](long long n) {
-    return ZQUtil::formatNumber(n, format, sep, 3, ZQLang(), ZQN_auto);
-  });
+  const ZQLang none;
+  runBatch(state, 1000000000,
+           [&](long long n) { return ZQUtil::formatNumber(n, format, sep, 3, none, ZQN_auto); });
 }
 
 void BM_Roman_ZQUtil(benchmark::State& state) {
   const UnicodeString format(u"I");
-  runBatch(state, 39999, [&](long long n) { return ZQUtil::formatNumber(n, format, ZQLang()); });
+  const ZQLang none;
+  runBatch(state, 39999, [&](long long n) { return ZQUtil::formatNumber(n, format, none); });
 }
 
 void BM_Roman_IcuRbnf(benchmark::State& state) {
@@ -64,7 +65,8 @@ void BM_Roman_IcuRbnf(benchmark::State& state) {
 
 void BM_Alphabetic_ZQUtil(benchmark::State& state) {
   const UnicodeString format(u"a");
-  runBatch(state, 65535, [&](long long n) { return ZQUtil::formatNumber(n, format, ZQLang()); });
+  const ZQLang none;
+  runBatch(state, 65535, [&](long long n) { return ZQUtil::formatNumber(n, format, none); });
 }
 
 void BM_AlphabeticLanguage_ZQUtil(benchmark::State& state) {

@@ -5,6 +5,7 @@
 #include <unicode/utf16.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <vector>
 
@@ -153,116 +154,153 @@ struct AlphabeticText {
   int32_t length() const { return 130 - start; }
 };
 
-UnicodeString decimalText(long long n) {
-  char buf[32];
-  const int len = std::snprintf(buf, sizeof buf, "%lld", n);
-  return UnicodeString(buf, len, US_INV);
+// Appends `text` with `separator` between every `size` units counted from the right.
+void appendGrouped(UnicodeString& out, const char16_t* text, int32_t len,
+                   const UnicodeString& separator, int size) {
+  if (separator.isEmpty() || size <= 0 || len <= size) {
+    out.append(text, len);
+    return;
+  }
+  int32_t head = len % size;
+  if (head == 0) head = size;
+  out.append(text, head);
+  for (int32_t i = head; i < len; i += size) out.append(separator).append(text + i, size);
 }
 
-// The result as prefix, body and suffix, in one string allocated once.
-UnicodeString around(const UnicodeString& prefix, const char16_t* body, int32_t length,
-                     const UnicodeString& suffix) {
-  UnicodeString out(prefix.length() + length + suffix.length(), UChar32{0}, 0);
-  out.append(prefix).append(body, length).append(suffix);
-  return out;
+int32_t groupedLength(int32_t len, const UnicodeString& separator, int size) {
+  if (separator.isEmpty() || size <= 0 || len <= size) return len;
+  return len + (len - 1) / size * separator.length();
 }
 
-UnicodeString around(const UnicodeString& prefix, const UnicodeString& body,
-                     const UnicodeString& suffix) {
-  return around(prefix, body.getBuffer(), body.length(), suffix);
+// Decimal digits of `n` with its sign; returns the length.
+int32_t decimalDigits(long long n, char16_t (&buf)[24]) {
+  char digits[24];
+  const auto r = std::to_chars(digits, digits + sizeof digits, n);
+  const int32_t len = static_cast<int32_t>(r.ptr - digits);
+  for (int32_t i = 0; i < len; ++i) buf[i] = static_cast<char16_t>(digits[i]);
+  return len;
 }
 
-// "%0*lld" at `width`, with each printed character replaced by `map` (which gets the printed
-// character and returns the unit to write).
-template <class Map>
-UnicodeString paddedDigits(long long n, int32_t width, Map map) {
-  char buf[kPrintBuffer];
-  const int w = std::min<int32_t>(width, kPrintBuffer - 1);
-  int len = std::snprintf(buf, sizeof buf, "%0*lld", w, n);
-  len = std::clamp(len, 0, kPrintBuffer - 1);
-  UnicodeString out(len, UChar32{0}, 0);
-  for (int i = 0; i < len; ++i) out.append(map(buf[i]));
-  return out;
-}
-
+// The prefix ends where the token starts; the suffix starts where it ends.
 struct Cut {
-  UnicodeString prefix, token, suffix;
+  int32_t start = 0, end = 0;
+  int32_t length() const { return end - start; }
 };
 
 // Prefix up to the first token character, the run of token characters, the rest.
 Cut cutAtToken(const UnicodeString& format) {
   const int32_t len = format.length();
-  int32_t start = 0;
-  while (start < len && !isTokenChar(format.char32At(start))) start = format.moveIndex32(start, 1);
-  int32_t end = start;
-  while (end < len && isTokenChar(format.char32At(end))) end = format.moveIndex32(end, 1);
-  return {UnicodeString(format, 0, start), UnicodeString(format, start, end - start),
-          UnicodeString(format, end)};
+  Cut cut;
+  while (cut.start < len && !isTokenChar(format.char32At(cut.start)))
+    cut.start = format.moveIndex32(cut.start, 1);
+  cut.end = cut.start;
+  while (cut.end < len && isTokenChar(format.char32At(cut.end)))
+    cut.end = format.moveIndex32(cut.end, 1);
+  return cut;
 }
 
 // Leading white space, the following run of other characters, the rest.
 Cut cutAtSpace(const UnicodeString& format) {
   const int32_t len = format.length();
-  int32_t start = 0;
-  while (start < len && isFallbackSpace(format.char32At(start)))
-    start = format.moveIndex32(start, 1);
-  int32_t end = start;
-  while (end < len && !isFallbackSpace(format.char32At(end))) end = format.moveIndex32(end, 1);
-  return {UnicodeString(format, 0, start), UnicodeString(format, start, end - start),
-          UnicodeString(format, end)};
+  Cut cut;
+  while (cut.start < len && isFallbackSpace(format.char32At(cut.start)))
+    cut.start = format.moveIndex32(cut.start, 1);
+  cut.end = cut.start;
+  while (cut.end < len && !isFallbackSpace(format.char32At(cut.end)))
+    cut.end = format.moveIndex32(cut.end, 1);
+  return cut;
 }
 
 class Formatter {
  public:
-  Formatter(long long n, const UnicodeString& separator, int size, AlphabetChooser choose,
-            const void* context)
-      : m_n(n), m_separator(separator), m_size(size), m_choose(choose), m_context(context) {}
+  Formatter(long long n, const UnicodeString& format, const UnicodeString& separator, int size,
+            AlphabetChooser choose, const void* context)
+      : m_n(n),
+        m_format(format),
+        m_separator(separator),
+        m_size(size),
+        m_choose(choose),
+        m_context(context) {}
 
-  UnicodeString format(const UnicodeString& format) {
-    if (format.isEmpty() || format == UnicodeString(u"1")) return decimalBody();
+  UnicodeString format() {
+    const UnicodeString& format = m_format;
+    if (format.isEmpty() || (format.length() == 1 && format.charAt(0) == u'1')) {
+      m_cut = Cut{0, format.length()};  // no prefix, no suffix
+      return decimal();
+    }
     m_cut = cutAtToken(format);
-    const UnicodeString& token = m_cut.token;
-    const int32_t length = token.length();
+    const int32_t length = m_cut.length();
     if (length > 0) {
-      const char16_t first = token.charAt(0);
-      const char16_t last = token.charAt(length - 1);
+      const char16_t first = format.charAt(m_cut.start);
+      const char16_t last = format.charAt(m_cut.end - 1);
       if (std::find(std::begin(kDigitOnes), std::end(kDigitOnes), last) != std::end(kDigitOnes) &&
           (length == 1 || first == last - 1)) {
-        return wrap(groupDigits(
-            paddedDigits(m_n, length,
-                         [last](char c) { return static_cast<char16_t>(last + (c - '0') - 1); }),
-            m_separator, m_size));
+        return padded(length,
+                      [last](char c) { return static_cast<char16_t>(last + (c - '0') - 1); });
       }
       if (length == 2 && first == 0x7532 && last == 0x5B50) return sexagenary();
       if (length == 1) {
-        UnicodeString result;
-        if (single(first, result)) return result;
+        bool handled = false;
+        UnicodeString result = single(first, handled);
+        if (handled) return result;
       }
       for (const auto& row : kDigitRows) {
         if (last == row[1] && (length == 1 || first == row[0])) {
-          return wrap(groupDigits(paddedDigits(m_n, length,
-                                               [&row](char c) {
-                                                 // The sign has no place in the row: kept.
-                                                 return c >= '0' && c <= '9'
-                                                            ? row[c - '0']
-                                                            : static_cast<char16_t>(c);
-                                               }),
-                                  m_separator, m_size));
+          return padded(length, [&row](char c) {
+            // The sign has no place in the row: kept.
+            return c >= '0' && c <= '9' ? row[c - '0'] : static_cast<char16_t>(c);
+          });
         }
       }
     }
-    if (m_n >= 0) return fallback(format);
+    if (m_n >= 0) return fallback();
     return decimal();
   }
 
  private:
-  UnicodeString decimalBody() const { return groupDigits(decimalText(m_n), m_separator, m_size); }
-  UnicodeString decimal() const { return wrap(decimalBody()); }
-  UnicodeString wrap(const UnicodeString& body) const {
-    return around(m_cut.prefix, body, m_cut.suffix);
+  int32_t prefixLength() const { return m_cut.start; }
+  int32_t suffixLength() const { return m_format.length() - m_cut.end; }
+
+  // A string that holds prefix, `bodyLength` units and suffix, with the prefix in it.
+  UnicodeString begin(int32_t bodyLength) const {
+    UnicodeString out(prefixLength() + bodyLength + suffixLength(), UChar32{0}, 0);
+    out.append(m_format, 0, m_cut.start);
+    return out;
   }
+  UnicodeString& finish(UnicodeString& out) const {
+    return out.append(m_format, m_cut.end, suffixLength());
+  }
+
+  UnicodeString grouped(const char16_t* text, int32_t len) const {
+    UnicodeString out = begin(groupedLength(len, m_separator, m_size));
+    appendGrouped(out, text, len, m_separator, m_size);
+    return finish(out);
+  }
+
+  UnicodeString decimal() const {
+    char16_t buf[24];
+    return grouped(buf, decimalDigits(m_n, buf));
+  }
+
+  // "%0*lld" at `width` (cut to the print buffer), each printed character replaced by `map`.
+  template <class Map>
+  UnicodeString padded(int32_t width, Map map) const {
+    char buf[kPrintBuffer];
+    const int w = std::min<int32_t>(width, kPrintBuffer - 1);
+    const int len =
+        std::clamp(std::snprintf(buf, sizeof buf, "%0*lld", w, m_n), 0, kPrintBuffer - 1);
+    char16_t units[kPrintBuffer];
+    for (int i = 0; i < len; ++i) units[i] = map(buf[i]);
+    return grouped(units, len);
+  }
+
   UnicodeString wrap(const char16_t* body, int32_t length) const {
-    return around(m_cut.prefix, body, length, m_cut.suffix);
+    UnicodeString out = begin(length);
+    out.append(body, length);
+    return finish(out);
+  }
+  UnicodeString wrap(const UnicodeString& body) const {
+    return wrap(body.getBuffer(), body.length());
   }
   UnicodeString wrapChar(UChar32 c) const {
     char16_t buf[2];
@@ -277,11 +315,12 @@ class Formatter {
     return wrap(text.data(), text.length());
   }
 
+  // A numeral system's text between prefix and suffix; `room` is a guess of its length.
   template <class Append>
-  UnicodeString appended(Append append) const {
-    UnicodeString body;
-    append(body);
-    return wrap(body);
+  UnicodeString appended(Append append, int32_t room = 24) const {
+    UnicodeString out = begin(room);
+    append(out);
+    return finish(out);
   }
 
   UnicodeString sexagenary() const {
@@ -303,7 +342,8 @@ class Formatter {
   // A-Z from `first`, with the number in its low 16 bits.
   UnicodeString latinLetters(char16_t first) const {
     if (m_n < 1) return decimal();
-    if (m_choose != nullptr) {
+    // The full-width letters know no language.
+    if (m_choose != nullptr && (first == u'A' || first == u'a')) {
       if (const UnicodeString* chosen = m_choose(first, m_context))
         return alphabetic(static_cast<unsigned long long>(m_n), lettersOf(*chosen));
     }
@@ -321,131 +361,100 @@ class Formatter {
         [&](UnicodeString& body) { appendRoman(body, m_n, letters, count, singleFirst); });
   }
 
-  // The rows of the one-character token; false when `first` has no row.
-  bool single(char16_t first, UnicodeString& result) const {
+  // The rows of the one-character token; `handled` is false when `first` has no row.
+  UnicodeString single(char16_t first, bool& handled) const {
+    handled = true;
     const long long n = m_n;
     const auto positive = [n] { return static_cast<unsigned long long>(n); };
     switch (first) {
       case u'A':
       case u'a':
-        result = latinLetters(first);
-        return true;
       case 0xFF21:
       case 0xFF41:
-        result = latinLetters(first);
-        return true;
+        return latinLetters(first);
       case u'I':
-        result = roman(kRomanUpper, 9, 39999, 0);
-        return true;
+        return roman(kRomanUpper, 9, 39999, 0);
       case u'i':
-        result = roman(kRomanLower, 7, 3999, 0);
-        return true;
+        return roman(kRomanLower, 7, 3999, 0);
       case 0xFF29:
-        result = roman(kRomanFullUpper, 9, 39999, 0);
-        return true;
+        return roman(kRomanFullUpper, 9, 39999, 0);
       case 0xFF49:
-        result = roman(kRomanFullLower, 7, 3999, 0);
-        return true;
+        return roman(kRomanFullLower, 7, 3999, 0);
       case 0x2160:
-        result = roman(kRomanNumeralUpper, 9, 39999, first);
-        return true;
+        return roman(kRomanNumeralUpper, 9, 39999, first);
       case 0x2170:
-        result = roman(kRomanNumeralLower, 7, 3999, first);
-        return true;
+        return roman(kRomanNumeralLower, 7, 3999, first);
       case 0x00C5:
-        result = n >= 1 ? alphabetic(positive(), lettersOf(kDanishUpper)) : decimal();
-        return true;
+        return n >= 1 ? alphabetic(positive(), lettersOf(kDanishUpper)) : decimal();
       case 0x00E5:
-        result = n >= 1 ? alphabetic(positive(), lettersOf(kDanishLower)) : decimal();
-        return true;
+        return n >= 1 ? alphabetic(positive(), lettersOf(kDanishLower)) : decimal();
       case 0x0391:
-        result = languageAlphabet(first, lettersOf(kGreekUpper));
-        return true;
+        return languageAlphabet(first, lettersOf(kGreekUpper));
       case 0x03B1:
-        result = languageAlphabet(first, lettersOf(kGreekLower));
-        return true;
+        return languageAlphabet(first, lettersOf(kGreekLower));
       case 0x0410:
-        result = languageAlphabet(first, lettersOf(kRussianUpper));
-        return true;
+        return languageAlphabet(first, lettersOf(kRussianUpper));
       case 0x0430:
-        result = languageAlphabet(first, lettersOf(kRussianLower));
-        return true;
+        return languageAlphabet(first, lettersOf(kRussianLower));
       case 0x0531:
       case 0x0561:
-        result =
-            n >= 1 && n <= 99999999
-                ? appended([&](UnicodeString& body) { appendArmenian(body, n, first == 0x0531); })
-                : decimal();
-        return true;
+        return n >= 1 && n <= 99999999 ? appended([&](UnicodeString& body) {
+          appendArmenian(body, n, first == 0x0531);
+        })
+                                       : decimal();
       case 0x05D0:
-        result =
-            n >= 0 ? appended([&](UnicodeString& body) { appendHebrew(body, n, 0); }) : decimal();
-        return true;
+        return n >= 0 ? appended([&](UnicodeString& body) { appendHebrew(body, n, 0); })
+                      : decimal();
       case 0x0623:
-        if (n == 0)
-          result = wrapChar(0x0660);
-        else
-          result = n >= 1 ? alphabetic(positive(), lettersOf(kArabic)) : decimal();
-        return true;
+        if (n == 0) return wrapChar(0x0660);
+        return n >= 1 ? alphabetic(positive(), lettersOf(kArabic)) : decimal();
       case 0x0710:
-        result = n >= 1 && n < 10000000000LL
-                     ? appended([&](UnicodeString& body) { appendSyriac(body, n); })
-                     : decimal();
-        return true;
+        return n >= 1 && n < 10000000000LL
+                   ? appended([&](UnicodeString& body) { appendSyriac(body, n); })
+                   : decimal();
       case 0x0BE7:
-        result = n >= 1 && n <= 9999 ? appended([&](UnicodeString& body) { appendTamil(body, n); })
-                                     : decimal();
-        return true;
+        return n >= 1 && n <= 9999 ? appended([&](UnicodeString& body) { appendTamil(body, n); })
+                                   : decimal();
       case 0x10D0:
-        result = n >= 1 && n <= 19999
-                     ? appended([&](UnicodeString& body) { appendGeorgian(body, n); })
-                     : decimal();
-        return true;
+        return n >= 1 && n <= 19999
+                   ? appended([&](UnicodeString& body) { appendGeorgian(body, n); })
+                   : decimal();
       case 0x1369: {
         UnicodeString text = n >= 1 ? formatEthiopic(n) : UnicodeString();
-        result = text.isEmpty() ? decimal() : wrap(text);
-        return true;
+        return text.isEmpty() ? decimal() : wrap(text);
       }
       case 0x3042:
-        result = n >= 1 ? alphabetic(positive(), lettersOf(kHiragana)) : decimal();
-        return true;
+        return n >= 1 ? alphabetic(positive(), lettersOf(kHiragana)) : decimal();
       case 0x3044:
-        result = n >= 1 ? alphabetic(positive(), lettersOf(kHiraganaIroha)) : decimal();
-        return true;
+        return n >= 1 ? alphabetic(positive(), lettersOf(kHiraganaIroha)) : decimal();
       case 0x30A2:
-        result = n >= 1 ? alphabetic(positive(), lettersOf(kKatakana)) : decimal();
-        return true;
+        return n >= 1 ? alphabetic(positive(), lettersOf(kKatakana)) : decimal();
       case 0x30A4:
-        result = n >= 1 ? alphabetic(positive(), lettersOf(kKatakanaIroha)) : decimal();
-        return true;
+        return n >= 1 ? alphabetic(positive(), lettersOf(kKatakanaIroha)) : decimal();
       case 0xFF71:
-        result = n >= 1 ? alphabetic(positive(), lettersOf(kHalfKatakana)) : decimal();
-        return true;
+        return n >= 1 ? alphabetic(positive(), lettersOf(kHalfKatakana)) : decimal();
       case 0xFF72:
-        result = n >= 1 ? alphabetic(positive(), lettersOf(kHalfKatakanaIroha)) : decimal();
-        return true;
+        return n >= 1 ? alphabetic(positive(), lettersOf(kHalfKatakanaIroha)) : decimal();
       case 0x3131:
-        result = n >= 1 ? alphabetic(positive(), lettersOf(kJamo)) : wrapChar(kHangulZero);
-        return true;
+        return n >= 1 ? alphabetic(positive(), lettersOf(kJamo)) : wrapChar(kHangulZero);
       case 0xAC00:
-        result = n >= 1 ? alphabetic(positive(), lettersOf(kHangul)) : wrapChar(kHangulZero);
-        return true;
+        return n >= 1 ? alphabetic(positive(), lettersOf(kHangul)) : wrapChar(kHangulZero);
       case 0x5B50:
-        result = n >= 1 ? alphabetic(positive(), lettersOf(kBranches)) : decimal();
-        return true;
+        return n >= 1 ? alphabetic(positive(), lettersOf(kBranches)) : decimal();
       case 0x7532:
-        result = n >= 1 ? alphabetic(positive(), lettersOf(kStems)) : decimal();
-        return true;
+        return n >= 1 ? alphabetic(positive(), lettersOf(kStems)) : decimal();
       default:
-        return false;
+        handled = false;
+        return UnicodeString();
     }
   }
 
   // The second reading, at white space: enclosed forms, repeated characters, spelled
   // alphabets and symbol lists. Its prefix and suffix replace those of the first cut.
-  UnicodeString fallback(const UnicodeString& format) {
-    m_cut = cutAtSpace(format);
-    const UnicodeString& token = m_cut.token;
+  UnicodeString fallback() {
+    m_cut = cutAtSpace(m_format);
+    // A read-only alias of the token within the format.
+    const UnicodeString token(false, m_format.getBuffer() + m_cut.start, m_cut.length());
     const int32_t units = token.length();
     if (units == 0) return decimal();
     const int32_t length = token.countChar32();
@@ -467,12 +476,9 @@ class Formatter {
         if (n >= 1000) return decimal();
         const UChar32 c = token.char32At(0);
         const int32_t step = U16_LENGTH(c);
-        UnicodeString out(
-            m_cut.prefix.length() + step * static_cast<int32_t>(n) + m_cut.suffix.length(),
-            UChar32{0}, 0);
-        out.append(m_cut.prefix);
+        UnicodeString out = begin(step * static_cast<int32_t>(n));
         for (long long i = 0; i < n; ++i) out.append(c);
-        return out.append(m_cut.suffix);
+        return finish(out);
       }
       case Repetition::SomeTwice:
         return decimal();
@@ -487,22 +493,27 @@ class Formatter {
     const UChar32 symbol =
         token.char32At(token.moveIndex32(0, static_cast<int32_t>((n - 1) % length)));
     const long long times = (n - 1) / length + 1;
-    UnicodeString out;
-    out.append(m_cut.prefix);
+    UnicodeString out = begin(U16_LENGTH(symbol) * static_cast<int32_t>(times));
     for (long long i = 0; i < times; ++i) out.append(symbol);
-    return out.append(m_cut.suffix);
+    return finish(out);
   }
 
   enum class Repetition { AllEqual, SomeTwice, AllDifferent };
 
   static Repetition repetition(const UnicodeString& token) {
-    // Code points in order; small tokens are checked in place, long ones through a sorted copy.
     const int32_t units = token.length();
     const UChar32 first = token.char32At(0);
     bool allEqual = true;
     for (int32_t i = 0; i < units; i = token.moveIndex32(i, 1))
       if (token.char32At(i) != first) allEqual = false;
     if (allEqual) return Repetition::AllEqual;
+    // Short tokens are checked in place, long ones through a sorted copy.
+    if (units <= 64) {
+      for (int32_t i = 0; i < units; i = token.moveIndex32(i, 1))
+        for (int32_t j = token.moveIndex32(i, 1); j < units; j = token.moveIndex32(j, 1))
+          if (token.char32At(i) == token.char32At(j)) return Repetition::SomeTwice;
+      return Repetition::AllDifferent;
+    }
     std::vector<UChar32> cps;
     cps.reserve(static_cast<size_t>(units));
     for (int32_t i = 0; i < units; i = token.moveIndex32(i, 1)) cps.push_back(token.char32At(i));
@@ -512,6 +523,7 @@ class Formatter {
   }
 
   long long m_n;
+  const UnicodeString& m_format;
   const UnicodeString& m_separator;
   int m_size;
   AlphabetChooser m_choose;
@@ -522,20 +534,15 @@ class Formatter {
 }  // namespace
 
 UnicodeString groupDigits(const UnicodeString& text, const UnicodeString& separator, int size) {
-  const int32_t len = text.length();
-  if (separator.isEmpty() || size <= 0 || len <= size) return text;
-  const int32_t groups = (len - 1) / size;
-  UnicodeString out(len + groups * separator.length(), UChar32{0}, 0);
-  int32_t head = len - groups * size;
-  out.append(text, 0, head);
-  for (int32_t i = head; i < len; i += size) out.append(separator).append(text, i, size);
+  UnicodeString out(groupedLength(text.length(), separator, size), UChar32{0}, 0);
+  appendGrouped(out, text.getBuffer(), text.length(), separator, size);
   return out;
 }
 
 UnicodeString formatNumberWith(long long n, const UnicodeString& format,
                                const UnicodeString& separator, int size, AlphabetChooser choose,
                                const void* context) {
-  return Formatter(n, separator, size, choose, context).format(format);
+  return Formatter(n, format, separator, size, choose, context).format();
 }
 
 }  // namespace ZQCommonNS::util

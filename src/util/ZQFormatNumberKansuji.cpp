@@ -1,7 +1,7 @@
 // Japanese numerals of the digit runs of a text, over the counter styles' one conversion.
-#include "common/ZQLang.h"
 #include "common/ZQUtil.h"
 #include "util/ZQCounterStyleInternal.h"
+#include "util/ZQFormatNumberInternal.h"
 
 namespace ZQCommonNS {
 

@@ -94,7 +94,8 @@ UnicodeString ZQUtil::formatNumber(long long n, const UnicodeString& format,
 }
 
 UnicodeString ZQUtil::formatNumber(long long n, const UnicodeString& format, ZQLang lang) {
-  return formatNumber(n, format, UnicodeString(), 0, std::move(lang), ZQN_auto);
+  // The long form without a second copy of the language.
+  return util::formatNumberWith(n, format, UnicodeString(), 0, &chooseAlphabet, &lang);
 }
 
 }  // namespace ZQCommonNS

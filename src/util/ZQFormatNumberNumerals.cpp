@@ -8,36 +8,67 @@ namespace {
 
 inline void appendUnits(UnicodeString& out, const char16_t* s) { out.append(s, -1); }
 
+// Collects units locally and appends them to the string in few steps: appending unit by unit
+// costs more than the numeral itself.
+class UnitSink {
+ public:
+  explicit UnitSink(UnicodeString& out) : m_out(out) {}
+  ~UnitSink() { flush(); }
+  UnitSink& operator<<(char16_t c) {
+    if (m_len == kSize) flush();
+    m_buf[m_len++] = c;
+    return *this;
+  }
+  void flush() {
+    m_out.append(m_buf, m_len);
+    m_len = 0;
+  }
+
+ private:
+  static constexpr int32_t kSize = 64;
+  UnicodeString& m_out;
+  char16_t m_buf[kSize];
+  int32_t m_len = 0;
+};
+
 }  // namespace
 
 void appendRoman(UnicodeString& out, long long n, const char16_t* letters, int count,
                  char16_t singleFirst) {
-  static constexpr long long kPlaces[] = {10000, 1000, 100, 10, 1};
-  long long rest = n;
-  for (int i = 0; i < 5 && rest > 0; ++i) {
-    if (singleFirst != 0 && rest < 13) {
-      out.append(static_cast<char16_t>(singleFirst + rest - 1));
+  if (n <= 0) return;
+  // The rest at the start of each place and the place's digit, all by constant divisors.
+  const unsigned long long v = static_cast<unsigned long long>(n);
+  const unsigned long long rests[5] = {v, v % 10000, v % 1000, v % 100, v % 10};
+  const unsigned long long digits[5] = {v / 10000, v % 10000 / 1000, v % 1000 / 100, v % 100 / 10,
+                                        v % 10};
+  UnitSink sink(out);
+  unsigned long long carried = 0;  // thousands of places without a letter of their own
+  for (int i = 0; i < 5 && (rests[i] > 0 || carried > 0); ++i) {
+    if (singleFirst != 0 && carried == 0 && rests[i] < 13) {
+      sink << static_cast<char16_t>(singleFirst + rests[i] - 1);
       return;
     }
     const int one = 8 - 2 * i;
     // A place without its own letter leaves its value to the place below (M repeats).
-    if (one >= count) continue;
-    const long long place = kPlaces[i];
-    long long d = rest / place;
-    rest %= place;
+    if (one >= count) {
+      carried = carried * 10 + digits[i] * 10;
+      continue;
+    }
+    unsigned long long d = digits[i] + carried;
+    carried = 0;
     if (d == 0) continue;
     const bool hasFive = one + 1 < count;
     const bool hasTen = one + 2 < count;
     if (hasFive && d == 4) {
-      out.append(letters[one]).append(letters[one + 1]);
+      sink << letters[one] << letters[one + 1];
     } else if (hasTen && d == 9) {
-      out.append(letters[one]).append(letters[one + 2]);
+      sink << letters[one] << letters[one + 2];
     } else {
       if (hasFive && d >= 5) {
-        out.append(letters[one + 1]);
+        sink << letters[one + 1];
         d -= 5;
       }
-      for (; d > 0; --d) out.append(letters[one]);
+      for (; d > 0; --d) sink << letters[one];
     }
   }
 }
@@ -104,7 +135,7 @@ void appendHebrew(UnicodeString& out, long long n, int level) {
 
 namespace {
 
-void appendArmenianPart(UnicodeString& out, int v, bool upper, bool high) {
+void appendArmenianPart(UnitSink& out, int v, bool upper, bool high) {
   const char16_t base = upper ? 0x0531 : 0x0561;
   // Starts of the nine letters of thousands, hundreds, tens and units.
   const char16_t starts[4] = {static_cast<char16_t>(base + 27), static_cast<char16_t>(base + 18),
@@ -114,17 +145,18 @@ void appendArmenianPart(UnicodeString& out, int v, bool upper, bool high) {
     if (digits[i] == 0) continue;
     const char16_t letter = static_cast<char16_t>(starts[i] + digits[i] - 1);
     if (!high && (letter == 0x0552 || letter == 0x0582))
-      out.append(static_cast<char16_t>(upper ? 0x0548 : 0x0578));
-    out.append(letter);
-    if (high) out.append(char16_t{0x0302});
+      out << static_cast<char16_t>(upper ? 0x0548 : 0x0578);
+    out << letter;
+    if (high) out << char16_t{0x0302};
   }
 }
 
 }  // namespace
 
 void appendArmenian(UnicodeString& out, long long n, bool upper) {
-  if (n >= 10000) appendArmenianPart(out, static_cast<int>(n / 10000 % 10000), upper, true);
-  appendArmenianPart(out, static_cast<int>(n % 10000), upper, false);
+  UnitSink sink(out);
+  if (n >= 10000) appendArmenianPart(sink, static_cast<int>(n / 10000 % 10000), upper, true);
+  appendArmenianPart(sink, static_cast<int>(n % 10000), upper, false);
 }
 
 void appendGeorgian(UnicodeString& out, long long n) {
@@ -157,7 +189,7 @@ void appendTamil(UnicodeString& out, long long n) {
 
 namespace {
 
-void appendSyriacPart(UnicodeString& out, int v, char16_t mark) {
+void appendSyriacPart(UnitSink& out, int v, char16_t mark) {
   static constexpr const char16_t* kHundreds[] = {
       u"\u0729",       u"\u072A",       u"\u072B",
       u"\u072C",       u"\u072C\u0729", u"\u072C\u072A",
@@ -167,8 +199,8 @@ void appendSyriacPart(UnicodeString& out, int v, char16_t mark) {
   static constexpr char16_t kOnes[] = {0x0710, 0x0712, 0x0713, 0x0715, 0x0717,
                                        0x0718, 0x0719, 0x071A, 0x071B};
   auto put = [&](char16_t letter) {
-    out.append(letter);
-    if (mark != 0) out.append(mark);
+    out << letter;
+    if (mark != 0) out << mark;
   };
   if (v / 100 % 10 != 0)
     for (const char16_t* p = kHundreds[v / 100 % 10 - 1]; *p; ++p) put(*p);
@@ -179,10 +211,11 @@ void appendSyriacPart(UnicodeString& out, int v, char16_t mark) {
 }  // namespace
 
 void appendSyriac(UnicodeString& out, long long n) {
-  appendSyriacPart(out, static_cast<int>(n / 10000000 % 1000), 0x032D);
-  appendSyriacPart(out, static_cast<int>(n % 10000000 / 10000), 0x0331);
-  appendSyriacPart(out, static_cast<int>(n % 10000 / 1000), 0x0301);
-  appendSyriacPart(out, static_cast<int>(n % 1000), 0);
+  UnitSink sink(out);
+  appendSyriacPart(sink, static_cast<int>(n / 10000000 % 1000), 0x032D);
+  appendSyriacPart(sink, static_cast<int>(n % 10000000 / 10000), 0x0331);
+  appendSyriacPart(sink, static_cast<int>(n % 10000 / 1000), 0x0301);
+  appendSyriacPart(sink, static_cast<int>(n % 1000), 0);
 }
 
 }  // namespace ZQCommonNS::util
