@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
+#include <unicode/normalizer2.h>
 #include <unicode/numsys.h>
 #include <unicode/rbnf.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <climits>
@@ -1285,4 +1287,73 @@ TEST(FormatNumberMaps, ManyThreadsOnFirstUseAgree) {
   }
   for (auto& th : threads) th.join();
   EXPECT_EQ(wrong.load(), 0);
+}
+
+// ---- Kana tables checked against Unicode's own data ----
+
+namespace {
+UnicodeString nfkc(const UnicodeString& s) {
+  UErrorCode status = U_ZERO_ERROR;
+  const icu::Normalizer2* n = icu::Normalizer2::getNFKCInstance(status);
+  return U_SUCCESS(status) ? n->normalize(s, status) : UnicodeString();
+}
+
+UnicodeString letterOf(long long i, UChar32 first) {
+  return ZQUtil::formatNumber(i, UnicodeString(first), ZQLang());
+}
+}  // namespace
+
+TEST(FormatNumberKana, GojuonIsEveryPlainHiraganaButTheTwoObsolete) {
+  // Plain: not small, not voiced (no decomposition), and not U+3090 / U+3091.
+  UErrorCode status = U_ZERO_ERROR;
+  const icu::Normalizer2* nfd = icu::Normalizer2::getNFDInstance(status);
+  ASSERT_TRUE(U_SUCCESS(status));
+  const UnicodeString smallKana(u"\u3041\u3043\u3045\u3047\u3049\u3063\u3083\u3085\u3087\u308E");
+  UnicodeString expected;
+  for (UChar32 c = 0x3042; c <= 0x3093; ++c) {
+    UnicodeString decomposed;
+    if (smallKana.indexOf(c) >= 0 || c == 0x3090 || c == 0x3091) continue;
+    if (nfd->getDecomposition(c, decomposed)) continue;
+    expected.append(c);
+  }
+  ASSERT_EQ(expected.length(), 46);
+  UnicodeString got;
+  for (int i = 1; i <= 46; ++i) got.append(letterOf(i, 0x3042));
+  EXPECT_EQ(utf8(got), utf8(expected));
+}
+
+TEST(FormatNumberKana, IrohaIsAPermutationOfGojuonWithTheTwoObsolete) {
+  UnicodeString gojuon, iroha;
+  for (int i = 1; i <= 46; ++i) gojuon.append(letterOf(i, 0x3042));
+  gojuon.append(UChar32{0x3090}).append(UChar32{0x3091});
+  for (int i = 1; i <= 47; ++i) iroha.append(letterOf(i, 0x3044));
+  std::vector<UChar32> x, y;
+  for (int32_t i = 0; i < gojuon.length(); ++i) x.push_back(gojuon.charAt(i));
+  for (int32_t i = 0; i < iroha.length(); ++i) y.push_back(iroha.charAt(i));
+  std::sort(x.begin(), x.end());
+  std::sort(y.begin(), y.end());
+  // The iroha has no U+3093.
+  x.erase(std::find(x.begin(), x.end(), 0x3093));
+  EXPECT_EQ(x, y);
+}
+
+TEST(FormatNumberKana, KatakanaAreTheHiraganaMoved) {
+  for (int i = 1; i <= 46; ++i)
+    EXPECT_EQ(letterOf(i, 0x30A2).char32At(0), letterOf(i, 0x3042).char32At(0) + 0x60) << i;
+  for (int i = 1; i <= 47; ++i)
+    EXPECT_EQ(letterOf(i, 0x30A4).char32At(0), letterOf(i, 0x3044).char32At(0) + 0x60) << i;
+}
+
+TEST(FormatNumberKana, HalfWidthFormsAreTheKatakanaCompatibilityForms) {
+  for (int i = 1; i <= 46; ++i)
+    EXPECT_EQ(utf8(nfkc(letterOf(i, 0xFF71))), utf8(letterOf(i, 0x30A2))) << i;
+  // The half-width iroha is the katakana iroha without U+30F0 and U+30F1.
+  int half = 1;
+  for (int i = 1; i <= 47; ++i) {
+    const UnicodeString full = letterOf(i, 0x30A4);
+    if (full.charAt(0) == 0x30F0 || full.charAt(0) == 0x30F1) continue;
+    EXPECT_EQ(utf8(nfkc(letterOf(half, 0xFF72))), utf8(full)) << i;
+    ++half;
+  }
+  EXPECT_EQ(half, 46);
 }

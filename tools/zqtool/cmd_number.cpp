@@ -27,6 +27,7 @@ int runNumber(const zqtool::Args& args) {
 }
 
 const zqtool::Register reg("number", "number <n> <format> [lang]",
-                           "formats a number by a format token (1, 01, a, i, I, ...)", runNumber);
+                           "print a number under a format (1, 01, a, i, I, ...) in a language",
+                           runNumber);
 
 }  // namespace
