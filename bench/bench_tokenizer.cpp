@@ -23,7 +23,7 @@ UnicodeString longList() {
       u"-zq-inline 4.25cm 2in italic, ",
   };
   UnicodeString text;
-  for (int i = 0; i < 200; ++i) text.append(pieces[i % 5]);
+  for (int i = 0; i < 600; ++i) text.append(pieces[i % 5]);
   return text;
 }
 

@@ -1150,12 +1150,13 @@ TEST(ZQColorValue, ReadingNamesAndOtherValues) {
   EXPECT_TRUE(odd.getColorValue(true).isInvalid());
 }
 
-TEST(ZQColorValue, StringsHoldNoColourUntilTheColourSyntaxReadsThem) {
-  // Colour text is read by the expression parser's colour syntax; a string value alone
-  // answers with the neutral colours.
+TEST(ZQColorValue, StringsAreReadByTheColourSyntax) {
   ZQValue hex(u("#ff0000"), ZQUNIT_NONE);
-  EXPECT_TRUE(hex.getColorValue().isTransparent());
-  EXPECT_TRUE(hex.getColorValue(true).isInvalid());
+  EXPECT_EQ(rgbOf(hex.getColorValue()), 0xFF0000u);
+  EXPECT_EQ(rgbOf(hex.getColorValue(true)), 0xFF0000u);
+  ZQValue bad(u("#ff00f"), ZQUNIT_NONE);
+  EXPECT_TRUE(bad.getColorValue().isTransparent());
+  EXPECT_TRUE(bad.getColorValue(true).isInvalid());
 }
 
 TEST(ZQColorValue, IntegerOfUnit24) {

@@ -172,6 +172,17 @@ TEST(LangConstruct, TagAndCountry) {
   EXPECT_EQ(utf8(nullTag.getCountry()), "US");
 }
 
+TEST(LangConstruct, EmptyPartsNeverMeanTheDefaultLocale) {
+  DefaultLocaleGuard guard;
+  setDefault("de_DE");
+  for (const ZQLang& lang :
+       {ZQLang(UnicodeString(), UnicodeString()), ZQLang(u("none"), u("none")), ZQLang(u("")),
+        ZQLang(""), ZQLang(ZQName()), ZQLang(ZQScript(USCRIPT_HAN))}) {
+    EXPECT_TRUE(lang.isNullLang());
+    EXPECT_STREQ(lang.getLocale().getName(), "");
+  }
+}
+
 TEST(LangConstruct, FromNames) {
   EXPECT_EQ(utf8(ZQLang(ZQN_ja).getLanguage()), "ja");
   EXPECT_EQ(utf8(ZQLang(ZQName(ZQN_zh_TW)).getCountry()), "TW");

@@ -13,6 +13,7 @@
 
 #include "TestSupport.h"
 #include "common/ZQChar.h"
+#include "common/ZQLang.h"
 #include "common/ZQName.h"
 #include "common/ZQScript.h"
 
@@ -202,6 +203,18 @@ TEST(ScriptFromString, UnknownStringsLeaveInvalid) {
   EXPECT_EQ(ZQScript(text(u"\u65E5\u672C")).code, -1);
 }
 
+TEST(ScriptFromString, ICUReadsTheStringAsGiven) {
+  // Only the language question sees the normalised tag; ICU is asked with the string itself, and
+  // it cannot read the bibliographic code.
+  UErrorCode error = U_ZERO_ERROR;
+  UScriptCode codes[1];
+  ASSERT_EQ(uscript_getCode("fre", codes, 1, &error), 0);
+  EXPECT_EQ(ZQScript(u("fre")).code, -1);
+  EXPECT_EQ(ZQScript(u("fra")), USCRIPT_LATIN);
+  // A language goes through its three-letter form, which ICU reads.
+  EXPECT_EQ(ZQLang(u("fre")).toScript(), USCRIPT_LATIN);
+}
+
 // ---- From a name
 
 TEST(ScriptFromName, EveryRowOfTheTable) {
@@ -278,6 +291,13 @@ TEST(ScriptCode, OtherCodesByICUsShortName) {
   for (int32_t code = 0; code < USCRIPT_CODE_LIMIT; ++code) {
     EXPECT_FALSE(ZQScript(static_cast<UScriptCode>(code)).getScriptCode().isEmpty()) << code;
   }
+}
+
+TEST(ScriptCode, ToStringIsTheNameTablesOwnString) {
+  EXPECT_EQ(&ZQScript(USCRIPT_LATIN).toString(), &ZQName(ZQN_Latn).toString());
+  EXPECT_EQ(&ZQScript(USCRIPT_KOREAN).toString(), &ZQName(ZQN_Hang).toString());
+  const UnicodeString& runic = ZQScript(USCRIPT_RUNIC).toString();
+  EXPECT_EQ(&runic, &ZQName(u("Runr")).toString());
 }
 
 TEST(ScriptCode, NegativeAndOutOfRangeGiveTheEmptyName) {
@@ -383,7 +403,7 @@ TEST(ScriptOfChar, MathematicalOperators) {
   for (int c : {0x2200, 0x2211, 0x22FF, 0x27C0, 0x27FF, 0x2980, 0x2AFF, 0x1D400, 0x1D7FF}) {
     EXPECT_EQ(ZQScript::getScript(c), USCRIPT_MATHEMATICAL_NOTATION) << std::hex << c;
   }
-  for (int c : {0x21FF, 0x2300, 0x27BF, 0x2B00, 0x1D3FF, 0x1D800}) {
+  for (int c : {0x21FF, 0x2300, 0x27BF, 0x2800, 0x297F, 0x2B00, 0x1D3FF, 0x1D800}) {
     EXPECT_EQ(ZQScript::getScript(c), icuScript(c)) << std::hex << c;
   }
 }

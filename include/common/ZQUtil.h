@@ -1,7 +1,11 @@
 // Static helpers: quoting, locale-free numbers, encoding names, base64, zlib, dates and bits.
 #pragma once
 
+#include <atomic>
 #include <iosfwd>
+#include <memory>
+#include <utility>
+#include <vector>
 
 #include "common/ZQExport.h"
 #include "common/ZQLang.h"
@@ -46,6 +50,163 @@ class ZQCOMMON_API ZQUtil {
   /// The decimal text of `n`, converted as above.
   static UnicodeString convertKansuji(long long n, const ZQName& mode, const ZQName& digits,
                                       const UnicodeString& units, const UnicodeString& reserved);
+
+  /// A counter style: turns an integer into text by a system, symbols, a range, a fallback,
+  /// padding, a sign and a prefix and suffix.
+  class ZQCOMMON_API CounterStyle {
+   public:
+    /// One symbol: text, or the URL of an image when the flag is set.
+    class ZQCOMMON_API Symbol : public UnicodeString {
+     public:
+      Symbol() = default;
+      /// The one code point `codePoint`.
+      explicit Symbol(int codePoint);
+      /// The string `text`; `url` says it names an image.
+      Symbol(const UnicodeString& text, bool url = false) : UnicodeString(text), m_url(url) {}
+      Symbol(const Symbol&) = default;
+      Symbol(Symbol&&) noexcept = default;
+      Symbol& operator=(const Symbol&) = default;
+      Symbol& operator=(Symbol&&) noexcept = default;
+
+      bool isUrl() const { return m_url; }
+      /// The string first, the flag only when the strings are equal.
+      bool operator==(const Symbol& other) const;
+      bool operator!=(const Symbol& other) const { return !(*this == other); }
+      bool operator<(const Symbol& other) const;
+
+     private:
+      bool m_url = false;
+    };
+
+    /// A weight (or a length) with its symbol.
+    class ZQCOMMON_API IntSymbol {
+     public:
+      IntSymbol() = default;
+      IntSymbol(int value, const Symbol& symbol) : value(value), symbol(symbol) {}
+      IntSymbol(const IntSymbol&) = default;
+      IntSymbol(IntSymbol&&) noexcept = default;
+      IntSymbol& operator=(const IntSymbol&) = default;
+      IntSymbol& operator=(IntSymbol&&) noexcept = default;
+
+      /// The value first, then the symbol.
+      bool operator==(const IntSymbol& other) const;
+      bool operator!=(const IntSymbol& other) const { return !(*this == other); }
+      bool operator<(const IntSymbol& other) const;
+
+      int value = 0;
+      Symbol symbol;
+    };
+
+    using SymbolList = std::vector<Symbol>;
+    using IntSymbolList = std::vector<IntSymbol>;
+    using Range = std::pair<long long, long long>;
+    using RangeList = std::vector<Range>;
+    /// Finds a style by name for the fallback; null when there is none.
+    using Lookup = const CounterStyle* (*)(ZQName name, void* data);
+
+    /// A style of the "symbolic" system.
+    CounterStyle();
+    /// A style of `system`, which may also be one of the library's own systems.
+    explicit CounterStyle(ZQName system);
+    /// Deep copies: the sequences are copied, the in-fallback state is not.
+    CounterStyle(const CounterStyle& other);
+    CounterStyle& operator=(const CounterStyle& other);
+    ~CounterStyle();
+
+    ZQName getSystem() const { return m_system; }
+    int getFirst() const { return m_first; }
+    ZQName getFallback() const { return m_fallback; }
+    const Symbol& getPrefix() const { return m_prefix; }
+    const Symbol& getSuffix() const { return m_suffix; }
+    const IntSymbol& getPad() const { return m_pad; }
+    /// The "before" sign symbol; the "after" one follows it.
+    const Symbol* getNegative() const { return m_negative; }
+    /// The sequences, null when there is none.
+    const SymbolList* getSymbols() const { return m_symbols.get(); }
+    const IntSymbolList* getAdditiveSymbols() const { return m_additiveSymbols.get(); }
+    const RangeList* getRange() const { return m_range.get(); }
+    /// True for the shared styles of getPredefinedCounterStyle.
+    bool isPredefined() const { return m_predefined; }
+
+    /// Takes one of the six CSS systems; any other name leaves the system as it is.
+    void setSystem(ZQName system);
+    void setFirst(int first) { m_first = first; }
+    void setFallback(ZQName fallback) { m_fallback = fallback; }
+
+    void setNegative(const Symbol& before, const Symbol& after);
+    void setNegative(const char* before, const char* after);
+
+    void setPrefix(int codePoint);
+    void setPrefix(const Symbol& prefix);
+    void setPrefix(const char* prefix);
+    void setSuffix(int codePoint);
+    void setSuffix(const Symbol& suffix);
+    void setSuffix(const char* suffix);
+
+    void setPad(const IntSymbol& pad);
+    void setPad(int length, const Symbol& symbol);
+    void setPad(int length, const char* symbol);
+
+    /// Deletes the symbol sequence.
+    void clrSymbols();
+    /// Appends one symbol.
+    void addSymbol(int codePoint);
+    void addSymbol(const Symbol& symbol);
+    /// Appends one symbol per code point of `symbols`.
+    void addSymbols(const Symbol& symbols);
+    /// Appends one symbol per code point of a list ended by 0.
+    void addSymbols(int codePoint, ...);
+    /// Appends one symbol per string of a list ended by a null pointer or an empty string.
+    void addSymbols(const char* symbol, ...);
+
+    /// Deletes the additive symbols.
+    void clrAdditiveSymbols();
+    /// Appends one additive symbol; they are used in the order given.
+    void addAdditiveSymbol(const IntSymbol& symbol);
+    void addAdditiveSymbol(int weight, int codePoint);
+    void addAdditiveSymbol(int weight, const Symbol& symbol);
+    void addAdditiveSymbol(int weight, const char* symbol);
+
+    /// Deletes the ranges: the system's own default applies.
+    void clrRange();
+    /// Appends the range `low` to `high`, both inclusive.
+    void addRange(long long low, long long high);
+
+    /// A total order for sets of styles.
+    bool operator<(const CounterStyle& other) const;
+
+    /// Pads `text`, adds the sign when `negative`, then the prefix and suffix unless `bare`.
+    UnicodeString finishString(const UnicodeString& text, bool negative, bool bare) const;
+    /// `n` in this style; what it can't represent goes to the fallback, found through
+    /// `lookup` (with `data`) or else "decimal". `bare` leaves out the prefix and suffix.
+    UnicodeString formatNumber(long long n, Lookup lookup = nullptr, void* data = nullptr,
+                               bool bare = false) const;
+
+   private:
+    friend class ZQUtil;
+    bool checkRange(long long n) const;
+    UnicodeString formatFallback(long long n, Lookup lookup, void* data, bool bare) const;
+
+    ZQName m_system;
+    int m_first = 1;
+    std::unique_ptr<SymbolList> m_symbols;
+    std::unique_ptr<IntSymbolList> m_additiveSymbols;
+    Symbol m_negative[2];
+    Symbol m_prefix;
+    Symbol m_suffix;
+    std::unique_ptr<RangeList> m_range;
+    IntSymbol m_pad;
+    int m_reserved = 0;
+    ZQName m_fallback;
+    bool m_predefined = false;
+    // Non-zero while this style hands a number to its fallback: the cycle guard. A count, so
+    // that two threads falling back through one shared style never clear each other's mark.
+    mutable std::atomic<int> m_inFallback{0};
+  };
+
+  /// The predefined style of that name, in any case; null for an unknown name. Built on first
+  /// demand and kept until cleanup().
+  static const CounterStyle* getPredefinedCounterStyle(ZQName name);
 
   // ---- Quoting ----
 

@@ -1,5 +1,6 @@
 // The value readers of the tokenizer: numbers with units, signs, exponents and whole
 // parenthesised forms.
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <string_view>
@@ -118,8 +119,9 @@ ZQValue ZQTokenizer::nextTokenValue(bool negate) {
     toLowerInPlace(m_tokenText);
     const ZQUnitType unit = unitNames().find(m_tokenText);
     if (unit != ZQUNIT_NONE) return ZQValue(static_cast<float>(m_number), unit);
-    // Not a unit: the letters are read again as a name of their own ("12foo").
-    m_ptr -= written;
+    // Not a unit: the letters are read again as a name of their own ("12foo"). The clamp
+    // only matters for a pushed-back number whose position a caller has moved meanwhile.
+    m_ptr -= std::min<ptrdiff_t>(written, m_ptr - m_start);
     m_tokenText.remove();
   }
   if (!m_hasDecimalPoint && m_number >= -2147483648.0 && m_number <= 2147483647.0 &&
@@ -136,7 +138,7 @@ ZQValue ZQTokenizer::nextTokenValueSigned(bool exp) {
     value = nextTokenValue(false);
     if (!value.isCharacter()) {
       done = true;
-    } else if (m_tokenType > 0 && m_ptr > m_start) {
+    } else if (m_ptr > m_start) {
       // A pushed-back character is read again, so that a "-" still works as a sign.
       --m_ptr;
     }
@@ -175,11 +177,13 @@ std::pair<double, double> ZQTokenizer::eNotation(ZQValue& value) {
     const char16_t* letter = m_ptr;
     ++m_ptr;
     ZQValue e = nextTokenValueSigned(false);
-    // Only a number token is an exponent; a character ("1e)") or a colour is not.
+    // Only a number token is an exponent: a character is an integer too ("1e)"), and a colour
+    // ("1e#abc") has a number, but neither is a power of ten.
     if (m_tokenType == TOKEN_NUMBER && e.isNumericalValue()) {
       exponent = m_number;
       value = ZQValue(static_cast<float>(mantissa * std::pow(10.0, exponent)), e.getUnitType());
     } else {
+      // Only the position goes back; the token read stays the last one.
       m_ptr = letter;
     }
   }
