@@ -347,6 +347,21 @@ TEST(ZQMemStream, ShortSourceBehindWrittenBytesIsRetired) {
   EXPECT_EQ(contentOf(ms), "abcd");
 }
 
+TEST(ZQMemStream, FailedSourceBehindWrittenBytesIsRetiredAtOnce) {
+  // A failed stream reads nothing and sets no end-of-file flag; the short read alone retires it,
+  // so no source stays queued behind a block that isn't full.
+  bool deleted = false;
+  auto* src = new TrackedSource("cd", &deleted);
+  src->setstate(std::ios::failbit);
+  ZQMemStream ms(nullptr, 8);
+  ms << "ab";
+  ms.setSource(src, true);
+  EXPECT_TRUE(deleted);
+  EXPECT_EQ(ms.getStreamBuf()->getSource(), nullptr);
+  ms << "ef";
+  EXPECT_EQ(contentOf(ms), "abef");
+}
+
 TEST(ZQMemStream, SourceInAFailedStateReadsAsFinished) {
   auto* src = new std::istringstream("abc");
   src->setstate(std::ios::failbit);
