@@ -17,6 +17,7 @@
 #include "common/ZQMemStream.h"
 #include "common/ZQStrStream.h"
 #include "common/ZQZipFile.h"
+#include "core/platform/ZQPlatformFileBuf.h"
 
 using namespace ZQCommonNS;
 using streamtest::ScratchDir;
@@ -1129,4 +1130,73 @@ TEST(ZipFileInterop, ZipInsideAZipReadsThroughAMemoryStream) {
   ZQZipFile inner;
   inner.open(&buffered, false);
   EXPECT_EQ(expectMatchesSources(fx, "deflated", inner), 7u);
+}
+
+// ---- the file stream behind open(path) ----------------------------------------------------
+
+TEST(ZipFileStream, ReadsSeeksAndTellsLikeAFileStream) {
+  ScratchDir dir;
+  std::string data = streamtest::randomBytes(50000, 21);
+  streamtest::writeFile(dir.file("f"), data);
+  platform::FileReadStream in(dir.file("f"));
+  ASSERT_TRUE(in.good());
+  char small[10];
+  in.read(small, 10);
+  EXPECT_EQ(std::string(small, 10), data.substr(0, 10));
+  EXPECT_EQ(in.tellg(), 10);
+  in.seekg(5);  // inside the buffered bytes
+  EXPECT_EQ(in.get(), static_cast<unsigned char>(data[5]));
+  in.seekg(-3, std::ios::cur);
+  EXPECT_EQ(in.tellg(), 3);
+  in.seekg(30000);  // outside them
+  EXPECT_EQ(in.get(), static_cast<unsigned char>(data[30000]));
+  std::string big(20000, '\0');  // larger than the buffer: straight into the caller's memory
+  in.read(big.data(), 20000);
+  EXPECT_EQ(in.gcount(), 19999);
+  EXPECT_TRUE(big.substr(0, 19999) == data.substr(30001));
+  EXPECT_TRUE(in.eof());
+  in.clear();
+  in.seekg(-4, std::ios::end);
+  EXPECT_EQ(in.tellg(), 49996);
+  in.seekg(1000);
+  std::string mid(9000, '\0');
+  in.read(mid.data(), 9000);
+  EXPECT_TRUE(mid == data.substr(1000, 9000));
+  in.ignore(100);
+  EXPECT_EQ(in.tellg(), 10100);
+  EXPECT_TRUE(in.unget());
+  EXPECT_EQ(in.get(), static_cast<unsigned char>(data[10099]));
+  // The byte before the buffer's start is read again from the file.
+  in.seekg(20000);
+  EXPECT_TRUE(in.unget());
+  EXPECT_EQ(in.tellg(), 19999);
+  EXPECT_EQ(in.get(), static_cast<unsigned char>(data[19999]));
+  in.seekg(0);
+  EXPECT_FALSE(in.unget());
+}
+
+TEST(ZipFileStream, SeekPastTheEndReadsNothingAndBeforeTheStartFails) {
+  ScratchDir dir;
+  streamtest::writeFile(dir.file("f"), "0123456789");
+  platform::FileReadStream in(dir.file("f"));
+  in.seekg(100);
+  EXPECT_TRUE(in.good());
+  EXPECT_EQ(in.get(), EOF);
+  in.clear();
+  in.seekg(-11, std::ios::end);
+  EXPECT_TRUE(in.fail());
+  in.clear();
+  in.seekg(2);
+  EXPECT_EQ(in.get(), '2');
+}
+
+TEST(ZipFileStream, MissingFileOrFolderLeavesTheStreamFailed) {
+  ScratchDir dir;
+  platform::FileReadStream missing(dir.file("missing"));
+  EXPECT_TRUE(missing.fail());
+  EXPECT_EQ(missing.get(), EOF);
+  platform::FileReadStream folder(dir.path);
+  EXPECT_TRUE(folder.fail());
+  platform::FileReadStream empty("");
+  EXPECT_TRUE(empty.fail());
 }

@@ -17,6 +17,30 @@ constexpr unsigned int kFlagUtf8Name = 1u << 11;
 constexpr std::streamoff kLocalHeaderSize = 30;
 constexpr size_t kSearchBlockSize = 8192;
 
+// The fixed fields of a record behind its signature, read in one go. A field that lies past
+// the bytes that came reads as 0, as if it had been read on its own.
+class FixedFields {
+ public:
+  FixedFields(std::istream* in, std::streamsize size) {
+    if (in) {
+      in->read(reinterpret_cast<char*>(m_bytes), size);
+      m_got = static_cast<size_t>(in->gcount());
+    }
+  }
+  unsigned int u16(size_t at) const {
+    if (at + 2 > m_got) return 0;
+    return static_cast<unsigned int>(m_bytes[at]) | static_cast<unsigned int>(m_bytes[at + 1]) << 8;
+  }
+  uint32_t u32(size_t at) const {
+    if (at + 4 > m_got) return 0;
+    return u16(at) | static_cast<uint32_t>(u16(at + 2)) << 16;
+  }
+
+ private:
+  unsigned char m_bytes[64];
+  size_t m_got = 0;
+};
+
 // Reads `n` bytes (at most 4); false when fewer came.
 bool readBytes(std::istream* in, unsigned char* out, std::streamsize n) {
   if (!in) return false;
@@ -100,16 +124,17 @@ unsigned int ZQZipEntry::getSignature(std::istream* in) {
 // ---------------------------------------------------------------------------------------------
 
 ZQZipFileEntry::ZQZipFileEntry(std::istream* in, bool findDescriptor) : ZQZipEntry(in) {
-  versionNeeded = read16();
-  flags = read16();
-  compressionMethod = static_cast<CMETHOD>(read16());
-  time = read16();
-  date = read16();
-  crc32 = read32();
-  compressedSize = read32();
-  uncompressedSize = read32();
-  nameLength = read16();
-  extraLength = read16();
+  FixedFields f(stream, kLocalHeaderSize - 4);
+  versionNeeded = f.u16(0);
+  flags = f.u16(2);
+  compressionMethod = static_cast<CMETHOD>(f.u16(4));
+  time = f.u16(6);
+  date = f.u16(8);
+  crc32 = f.u32(10);
+  compressedSize = f.u32(14);
+  uncompressedSize = f.u32(18);
+  nameLength = f.u16(22);
+  extraLength = f.u16(24);
   rawFileName = readName(stream, nameLength);
   if (flags & kFlagUtf8Name) {
     fileName = UnicodeString::fromUTF8(rawFileName);
@@ -228,22 +253,23 @@ void ZQZipFileEntry::setExtHeader(const ZQZipExtheaderEntry& entry) {
 // ---------------------------------------------------------------------------------------------
 
 ZQZipDirectoryEntry::ZQZipDirectoryEntry(std::istream* in) : ZQZipEntry(in) {
-  versionMadeBy = read16();
-  versionNeeded = read16();
-  flags = read16();
-  compressionMethod = read16();
-  time = read16();
-  date = read16();
-  crc32 = read32();
-  compressedSize = read32();
-  uncompressedSize = read32();
-  nameLength = read16();
-  extraLength = read16();
-  commentLength = read16();
-  diskNumberStart = read16();
-  internalAttributes = read16();
-  externalAttributes = read32();
-  localHeaderOffset = read32();
+  FixedFields f(stream, 42);
+  versionMadeBy = f.u16(0);
+  versionNeeded = f.u16(2);
+  flags = f.u16(4);
+  compressionMethod = f.u16(6);
+  time = f.u16(8);
+  date = f.u16(10);
+  crc32 = f.u32(12);
+  compressedSize = f.u32(16);
+  uncompressedSize = f.u32(20);
+  nameLength = f.u16(24);
+  extraLength = f.u16(26);
+  commentLength = f.u16(28);
+  diskNumberStart = f.u16(30);
+  internalAttributes = f.u16(32);
+  externalAttributes = f.u32(34);
+  localHeaderOffset = f.u32(38);
   // The directory's name is only ever shown, never looked up: the local header names entries.
   fileName = decodeDefault(readName(stream, nameLength));
   skipForward(stream, static_cast<std::streamoff>(extraLength) + commentLength);
@@ -254,13 +280,14 @@ ZQZipDirectoryEntry::~ZQZipDirectoryEntry() = default;
 // ---------------------------------------------------------------------------------------------
 
 ZQZipEndDirectoryEntry::ZQZipEndDirectoryEntry(std::istream* in) : ZQZipEntry(in) {
-  diskNumber = read16();
-  directoryDiskNumber = read16();
-  entriesOnDisk = read16();
-  totalEntries = read16();
-  directorySize = read32();
-  directoryOffset = read32();
-  commentLength = read16();
+  FixedFields f(stream, 18);
+  diskNumber = f.u16(0);
+  directoryDiskNumber = f.u16(2);
+  entriesOnDisk = f.u16(4);
+  totalEntries = f.u16(6);
+  directorySize = f.u32(8);
+  directoryOffset = f.u32(12);
+  commentLength = f.u16(16);
 }
 
 ZQZipEndDirectoryEntry::~ZQZipEndDirectoryEntry() = default;
@@ -268,9 +295,10 @@ ZQZipEndDirectoryEntry::~ZQZipEndDirectoryEntry() = default;
 // ---------------------------------------------------------------------------------------------
 
 ZQZipExtheaderEntry::ZQZipExtheaderEntry(std::istream* in) : ZQZipEntry(in) {
-  crc32 = read32();
-  compressedSize = read32();
-  uncompressedSize = read32();
+  FixedFields f(stream, 12);
+  crc32 = f.u32(0);
+  compressedSize = f.u32(4);
+  uncompressedSize = f.u32(8);
 }
 
 ZQZipExtheaderEntry::~ZQZipExtheaderEntry() = default;

@@ -1,13 +1,15 @@
 // The archive: the directory found by a short backward search, or, when there is none, a walk
 // over the local headers from the start, so that cut and directory-less archives still read.
 #include <algorithm>
-#include <fstream>
+#include <memory>
 #include <string>
 
 #include "common/ZQMemStream.h"
+#include "common/ZQStrStream.h"
 #include "common/ZQString.h"
 #include "common/ZQZipFile.h"
 #include "core/platform/ZQPlatformFile.h"
+#include "core/platform/ZQPlatformFileBuf.h"
 
 namespace ZQCommonNS {
 
@@ -17,11 +19,13 @@ namespace {
 constexpr std::streamoff kEndSearchStep = 32;
 constexpr int kEndSearchSteps = 10;
 constexpr size_t kSearchBlockSize = 8192;
+// Directories up to this size are read into memory whole before their records are parsed.
+constexpr std::streamoff kDirectoryInMemory = std::streamoff{16} << 20;
 
 std::istream* openFile(const UnicodeString& path) {
   std::string told;
   path.toUTF8String(told);
-  return new std::ifstream(platform::nativePath(told), std::ios::in | std::ios::binary);
+  return new platform::FileReadStream(platform::nativePath(told));
 }
 
 bool isZipSignature(unsigned int signature) {
@@ -50,6 +54,32 @@ std::streamoff findEndRecord(std::istream* stream) {
     if (from == base) break;  // a short stream: further steps would search the same bytes
   }
   return -1;
+}
+
+// Reads the directory records from `offset` on, while the signature is the directory's.
+// The bytes from there to the end are read in one go when that is a sensible amount, so the
+// records are parsed from memory rather than through many small reads of the file.
+void readDirectory(std::istream* stream, std::streamoff offset,
+                   std::vector<ZQPtr<ZQZipDirectoryEntry>>& directory) {
+  stream->seekg(offset);
+  if (ZQZipEntry::getSignature(stream) != ZQZipEntry::DIRECTORY_SIGNATURE) return;
+  std::streamoff end =
+      static_cast<std::streamoff>(stream->rdbuf()->pubseekoff(0, std::ios::end, std::ios::in));
+  stream->seekg(offset);
+  if (end > offset && end - offset <= kDirectoryInMemory && stream->good()) {
+    std::unique_ptr<char[]> bytes(new char[static_cast<size_t>(end - offset)]);
+    stream->read(bytes.get(), static_cast<std::streamsize>(end - offset));
+    ZQStrStream records(bytes.get(), static_cast<size_t>(stream->gcount()), false);
+    while (ZQZipEntry::getSignature(&records) == ZQZipEntry::DIRECTORY_SIGNATURE) {
+      directory.push_back(new ZQZipDirectoryEntry(&records));
+    }
+    return;
+  }
+  stream->clear();
+  stream->seekg(offset);
+  while (ZQZipEntry::getSignature(stream) == ZQZipEntry::DIRECTORY_SIGNATURE) {
+    directory.push_back(new ZQZipDirectoryEntry(stream));
+  }
 }
 
 }  // namespace
@@ -146,10 +176,7 @@ void ZQZipFile::init() {
     if (ZQZipEntry::getSignature(stream) == ZQZipEntry::END_DIRECTORY_SIGNATURE) {
       // The offset is believed as it stands; data prepended to the archive isn't allowed for.
       ZQZipEndDirectoryEntry end(stream);
-      stream->seekg(static_cast<std::streamoff>(end.getDirectoryOffset()));
-      while (ZQZipEntry::getSignature(stream) == ZQZipEntry::DIRECTORY_SIGNATURE) {
-        directory.push_back(new ZQZipDirectoryEntry(stream));
-      }
+      readDirectory(stream, static_cast<std::streamoff>(end.getDirectoryOffset()), directory);
     }
   }
   stream->clear();
