@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <memory>
 #include <random>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "CryptoTestSupport.h"
@@ -446,6 +448,22 @@ TEST(Cipher, CodeMinusSixForUseInTheWrongDirection) {
   EXPECT_EQ(AES_Base::AES_WRONG_DIRECTION, -6);
 }
 
+TEST(Cipher, AesClassesShareOneOwnedStateBehindAVirtualDestructor) {
+  static_assert(AES_MODE_ECB == 0 && AES_MODE_CBC == 1 && AES_MODE_CFB1 == 2);
+  static_assert(std::has_virtual_destructor_v<AES_Base>);
+  static_assert(std::is_base_of_v<AES_Base, AES_Encryption>);
+  static_assert(std::is_base_of_v<AES_Base, AES_Decryption>);
+  // The two directions add no fields of their own.
+  static_assert(sizeof(AES_Encryption) == sizeof(AES_Base));
+  static_assert(sizeof(AES_Decryption) == sizeof(AES_Base));
+  // Deleted through the base, each frees its own state (the leak checker watches this).
+  Bytes key = unhex(kKey256);
+  std::unique_ptr<AES_Base> e(new AES_Encryption(AES_MODE_CBC, key.data(), 32, nullptr));
+  std::unique_ptr<AES_Base> d(new AES_Decryption(AES_MODE_CFB1, key.data(), 32, nullptr));
+  EXPECT_EQ(e->getStatus(), 0);
+  EXPECT_EQ(d->getStatus(), 0);
+}
+
 TEST(Cipher, KeyLengthsInBytes) {
   Bytes key(32, 1), plain(16, 2);
   for (int length : {16, 24, 32}) {
@@ -612,8 +630,35 @@ TEST(Cipher, Rc4Rfc6229FortyBitKey) {
 }
 
 TEST(Cipher, Rc4Rfc6229OneHundredTwentyEightBitKey) {
-  Bytes stream = rc4Stream(unhex("0102030405060708090a0b0c0d0e0f10"), 16);
-  EXPECT_EQ(hex(stream), "9ac7cc9a609d1ef7b2932899cde41b97");
+  Bytes stream = rc4Stream(unhex("0102030405060708090a0b0c0d0e0f10"), 272);
+  EXPECT_EQ(hex(stream.data(), 16), "9ac7cc9a609d1ef7b2932899cde41b97");
+  EXPECT_EQ(hex(stream.data() + 16, 16), "5248c4959014126a6e8a84f11d1a9e1c");
+  EXPECT_EQ(hex(stream.data() + 240, 16), "065902e4b620f6cc36c8589f66432f2b");
+  EXPECT_EQ(hex(stream.data() + 256, 16), "d39d566bc6bce3010768151549f3873f");
+}
+
+// The command keeps RC4 in its legacy provider, with 128-bit keys; without it the check is
+// skipped.
+TEST(Cipher, Rc4MatchesOpenSslCommand) {
+  if (!haveOpenSslCommand()) GTEST_SKIP() << "openssl command not installed";
+  std::mt19937 rng(23);
+  for (int round = 0; round < 6; ++round) {
+    Bytes key = randomBytes(rng, 16), data = randomBytes(rng, rng() % 20000);
+    Bytes expected;
+    if (!runOpenSsl("enc -rc4 -K " + hex(key) + " -provider legacy -provider default", data,
+                    expected))
+      GTEST_SKIP() << "the command offers no RC4";
+    ASSERT_EQ(expected.size(), data.size());
+    RC4_KEY k(16, key.data());
+    Bytes out(data.size());
+    size_t pos = 0;
+    while (pos < data.size()) {
+      size_t n = std::min<size_t>(data.size() - pos, rng() % 3000);
+      k.RC4(static_cast<int>(n), data.data() + pos, out.data() + pos);
+      pos += n;
+    }
+    EXPECT_EQ(hex(out), hex(expected)) << "length " << data.size();
+  }
 }
 
 TEST(Cipher, Rc4ClassicTextVectors) {

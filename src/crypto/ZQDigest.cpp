@@ -17,6 +17,8 @@ struct ZQDigestState {
   unsigned char digest[EVP_MAX_MD_SIZE] = {};
   // Bytes of the open message, for SHA-1's length limit.
   uint64_t bytes = 0;
+  // The engine refused to start a message: the context is not touched again.
+  bool broken = false;
 };
 
 namespace {
@@ -54,6 +56,7 @@ ZQDigestState* cloneState(const ZQDigestState* from) {
   state->closed = from->closed;
   std::memcpy(state->digest, from->digest, sizeof state->digest);
   state->bytes = from->bytes;
+  state->broken = from->broken;
   return state;
 }
 
@@ -70,10 +73,12 @@ void assignState(ZQDigestState*& to, const ZQDigestState* from) {
 bool restart(ZQDigestState* state) {
   state->closed = false;
   state->bytes = 0;
-  return EVP_DigestInit_ex(state->ctx, nullptr, nullptr) == 1;
+  if (EVP_DigestInit_ex(state->ctx, nullptr, nullptr) != 1) state->broken = true;
+  return !state->broken;
 }
 
 bool update(ZQDigestState* state, const unsigned char* data, size_t length) {
+  if (state->broken) return false;
   if (state->closed && !restart(state)) return false;
   if (length == 0) return true;
   state->bytes += length;
@@ -83,6 +88,7 @@ bool update(ZQDigestState* state, const unsigned char* data, size_t length) {
 // Closes the message into state->digest, once.
 bool closeMessage(ZQDigestState* state) {
   if (state->closed) return true;
+  if (state->broken) return false;
   if (EVP_DigestFinal_ex(state->ctx, state->digest, nullptr) != 1) return false;
   state->closed = true;
   return true;
