@@ -53,7 +53,7 @@ std::string rawDeflate(const std::string& in) {
 }
 
 // One entry as it is to be written.
-struct Spec {
+struct EntryPlan {
   std::string name;
   std::string content;
   unsigned method = 0;  // 8 deflates `content`; any other number stores it as given
@@ -69,8 +69,8 @@ struct Spec {
 class ZipBuilder {
  public:
   // Appends a local header, the data and perhaps a descriptor; returns the header's offset.
-  uint32_t add(const Spec& spec) {
-    Spec s = spec;
+  uint32_t add(const EntryPlan& plan) {
+    EntryPlan s = plan;
     if (s.descriptor) s.flags |= 8;
     std::string data = s.method == 8 ? rawDeflate(s.content) : s.content;
     uint32_t crc = crcOf(s.content);
