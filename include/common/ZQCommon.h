@@ -32,3 +32,4 @@
 #include "common/ZQValue.h"
 #include "common/ZQValueArray.h"
 #include "common/ZQXmlCatalogs.h"
+#include "common/ZQZipFile.h"
