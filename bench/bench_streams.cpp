@@ -1,5 +1,7 @@
 // gzip and raw inflate reading through the library's streams beside zlib used directly, on the
-// same ~64 MB of compressible text. The ratios (library speed / zlib speed) print at the end.
+// same ~64 MB of compressible text, read 64 KB at a time. The ratios (library speed / zlib
+// speed) print at the end. The file form reads through gzread with 32 KB zlib buffers; the
+// ratio against gzread with those same buffers shows what the stream itself costs.
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 #include <zlib.h>
@@ -9,6 +11,7 @@
 #include <fstream>
 #include <map>
 #include <random>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -117,6 +120,25 @@ void BM_GzipFile_gzread(benchmark::State& state) {
   finish(state, got);
 }
 
+// gzread with the 32 KB buffers the library asks zlib for, to show what the stream costs over
+// the same zlib settings.
+void BM_GzipFile_gzread32k(benchmark::State& state) {
+  Fixture& f = fixture();
+  std::vector<char> buf(kReadChunk);
+  size_t got = 0;
+  for (auto _ : state) {
+    gzFile file = gzopen(f.gzipPath.c_str(), "rb");
+    gzbuffer(file, 32768);
+    got = 0;
+    int n;
+    while ((n = gzread(file, buf.data(), static_cast<unsigned>(buf.size()))) > 0) {
+      got += static_cast<size_t>(n);
+    }
+    gzclose(file);
+  }
+  finish(state, got);
+}
+
 void BM_GzipStream_ZQGzipIStream(benchmark::State& state) {
   Fixture& f = fixture();
   std::vector<char> buf(kReadChunk);
@@ -166,11 +188,17 @@ void BM_Inflater_zlibInflate(benchmark::State& state) {
 class RatioReporter : public benchmark::ConsoleReporter {
  public:
   std::map<std::string, double> speed;
+  std::set<std::string> medians;
   void ReportRuns(const std::vector<Run>& runs) override {
     for (const Run& run : runs) {
       auto it = run.counters.find("bytes_per_second");
-      if (it != run.counters.end() && run.run_type == Run::RT_Iteration) {
+      if (it == run.counters.end()) continue;
+      // With repetitions the median stands for the benchmark; otherwise the one run does.
+      if (run.run_type == Run::RT_Iteration && !medians.count(run.run_name.function_name)) {
         speed[run.run_name.function_name] = it->second.value;
+      } else if (run.run_type == Run::RT_Aggregate && run.aggregate_name == "median") {
+        speed[run.run_name.function_name] = it->second.value;
+        medians.insert(run.run_name.function_name);
       }
     }
     ConsoleReporter::ReportRuns(runs);
@@ -181,6 +209,7 @@ class RatioReporter : public benchmark::ConsoleReporter {
 
 BENCHMARK(BM_GzipFile_ZQGzipIStream)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 BENCHMARK(BM_GzipFile_gzread)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(BM_GzipFile_gzread32k)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 BENCHMARK(BM_GzipStream_ZQGzipIStream)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 BENCHMARK(BM_Inflater_ZQInflaterStream)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 BENCHMARK(BM_Inflater_zlibInflate)->Unit(benchmark::kMillisecond)->MinTime(2.0);
@@ -193,10 +222,11 @@ int main(int argc, char** argv) {
   auto ratio = [&](const char* ours, const char* peer) {
     auto a = reporter.speed.find(ours), b = reporter.speed.find(peer);
     if (a == reporter.speed.end() || b == reporter.speed.end() || b->second <= 0) return;
-    std::printf("%-30s / %-24s = %.3fx (target >= 0.95x)\n", ours, peer, a->second / b->second);
+    std::printf("%-30s / %-24s = %.3fx\n", ours, peer, a->second / b->second);
   };
-  std::printf("\nRatios of throughput, library / zlib directly:\n");
+  std::printf("\nRatios of throughput, library / zlib directly (target >= 0.95x):\n");
   ratio("BM_GzipFile_ZQGzipIStream", "BM_GzipFile_gzread");
+  ratio("BM_GzipFile_ZQGzipIStream", "BM_GzipFile_gzread32k");
   ratio("BM_GzipStream_ZQGzipIStream", "BM_GzipFile_gzread");
   ratio("BM_Inflater_ZQInflaterStream", "BM_Inflater_zlibInflate");
   benchmark::Shutdown();

@@ -23,6 +23,9 @@ constexpr int kFlagName = 0x08;
 constexpr int kFlagComment = 0x10;
 constexpr int kFlagReserved = 0xE0;
 constexpr int kEof = std::char_traits<char>::eof();
+// zlib's own buffers behind gzread (it keeps twice this for output): larger than its default,
+// so that it inflates in long runs while we take 4096 bytes at a time.
+constexpr unsigned kFileBufferSize = 32768;
 
 /// Steps back over the `count` bytes just read, so the stream reads them again.
 void moveBack(std::istream& in, std::streamoff count) {
@@ -114,6 +117,7 @@ ZQGzipIStreamBuf::ZQGzipIStreamBuf(std::istream& source) : m_source(&source) {
 void ZQGzipIStreamBuf::openDescriptor(int fd) {
   if (fd < 0) return;
   m_file = gzdopen(fd, "rb");
+  if (m_file) gzbuffer(m_file, kFileBufferSize);
   if (!m_file) {
     platform::closeDescriptor(fd);
     return;
@@ -124,6 +128,7 @@ void ZQGzipIStreamBuf::openDescriptor(int fd) {
 
 void ZQGzipIStreamBuf::openPath(const char* nativePath) {
   m_file = gzopen(nativePath, "rb");
+  if (m_file) gzbuffer(m_file, kFileBufferSize);
   if (!m_file) return;
   m_buffer = new char[PUTBACK_SIZE + BUFFER_SIZE];
   setg(m_buffer + PUTBACK_SIZE, m_buffer + PUTBACK_SIZE, m_buffer + PUTBACK_SIZE);

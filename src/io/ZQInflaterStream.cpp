@@ -109,7 +109,10 @@ std::streamsize ZQInflaterStreamBuf::xsgetn(char* s, std::streamsize count) {
       if (traits_type::eq_int_type(finishFill(keep, 0), traits_type::eof())) break;
       continue;
     }
-    size_t span = first + (room - first) / kFill * kFill;
+    if (room > (size_t{1} << 30)) room = size_t{1} << 30;
+    // The caller's memory takes whole fills and the start of the next one, which is finished
+    // in the buffer; its bytes count only once that fill is complete.
+    size_t span = room;
     char* out = s + done;
     zs.next_out = reinterpret_cast<Bytef*>(out);
     zs.avail_out = static_cast<uInt>(span);
