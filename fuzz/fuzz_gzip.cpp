@@ -20,6 +20,11 @@ std::string readLarge(std::istream& in, size_t chunk) {
   while (in.read(buf.data(), static_cast<std::streamsize>(chunk)) || in.gcount() > 0) {
     out.append(buf.data(), static_cast<size_t>(in.gcount()));
   }
+  // Once at the end, a stream stays there.
+  in.clear();
+  if (in.read(buf.data(), static_cast<std::streamsize>(chunk)) || in.gcount() != 0) {
+    __builtin_trap();
+  }
   return out;
 }
 

@@ -577,3 +577,39 @@ TEST(ZQGzipIStream, InputEndingExactlyAtAFillBoundaryEndsTheRead) {
     EXPECT_EQ(readInChunks(in, 0, chunk), text.substr(0, 8192)) << chunk;
   }
 }
+
+namespace {
+
+/// Serves its bytes and then fails: the stream reading it goes bad without reaching its end.
+class FailingBuf : public std::streambuf {
+ public:
+  explicit FailingBuf(std::string data) : m_data(std::move(data)) {
+    setg(m_data.data(), m_data.data(), m_data.data() + m_data.size());
+  }
+
+ protected:
+  int_type underflow() override { throw std::runtime_error("device failed"); }
+
+ private:
+  std::string m_data;
+};
+
+}  // namespace
+
+TEST(ZQGzipIStream, SourceThatFailsMidwayEndsTheRead) {
+  std::string text = streamtest::compressibleText(200000, 67);
+  std::string member = handMadeGzip(text, 0);
+  for (size_t chunk : {1u, 4096u, 65536u}) {
+    FailingBuf buf(member.substr(0, member.size() / 2));
+    std::istream source(&buf);
+    ZQGzipIStream in(source);
+    std::string got = readInChunks(in, 0, chunk);
+    EXPECT_LT(got.size(), text.size()) << chunk;
+    EXPECT_EQ(got, text.substr(0, got.size())) << chunk;
+    // Asking again after the end gives nothing more, at once.
+    in.clear();
+    std::string again(65536, '\0');
+    in.read(again.data(), 65536);
+    EXPECT_EQ(in.gcount(), 0) << chunk;
+  }
+}

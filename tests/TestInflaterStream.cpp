@@ -228,5 +228,9 @@ TEST(ZQInflaterStream, InputEndingExactlyAtAFillBoundaryEndsTheRead) {
   for (size_t chunk : {1u, 4096u, 65536u}) {
     ZQInflaterStream in(body.data(), body.size(), false);
     EXPECT_EQ(readInChunks(in, 0, chunk), text.substr(0, 8182)) << chunk;
+    in.clear();
+    std::string again(65536, '\0');
+    in.read(again.data(), 65536);
+    EXPECT_EQ(in.gcount(), 0) << chunk;
   }
 }

@@ -227,7 +227,7 @@ std::streamsize ZQGzipIStreamBuf::xsgetn(char* s, std::streamsize count) {
     size_t room = wanted - done;
     if (room > (size_t{1} << 30)) room = size_t{1} << 30;
     // Small reads, and the fill where zlib is told to finish, go through the buffer.
-    bool finishing = m_zstream && m_zstream->avail_in == 0 && m_source->eof();
+    bool finishing = m_zstream && m_zstream->avail_in == 0 && !m_source->good();
     if (room < BUFFER_SIZE || finishing) {
       if (traits_type::eq_int_type(setFill(keep, readFill(data)), traits_type::eof())) break;
       continue;
