@@ -158,6 +158,35 @@ TEST(Tokenizer, MoveCarriesPositionAndState) {
   EXPECT_EQ(T::TOKEN_END, source.nextToken());  // NOLINT(bugprone-use-after-move)
 }
 
+TEST(Tokenizer, MoveOfALongTextKeepsThePointers) {
+  UnicodeString text;
+  for (int i = 0; i < 50; ++i) text.append(u"word ");
+  T tok(text);
+  tok.nextToken();
+  const char16_t* pos = tok.getPtr();
+  T copy(tok);
+  T moved(std::move(tok));
+  EXPECT_EQ(pos, moved.getPtr());
+  EXPECT_EQ(pos, copy.getPtr());
+  EXPECT_EQ(4, moved.getOffset());
+  EXPECT_EQ(T::TOKEN_NAME, moved.nextToken());
+  EXPECT_EQ("word", s8(moved.getTokenText()));
+}
+
+TEST(Tokenizer, MovedShortTextOutlivesItsSource) {
+  std::vector<T> kept;
+  {
+    T source(U(u"p q"));
+    source.nextToken();
+    kept.push_back(std::move(source));
+  }
+  kept.emplace_back(U(u"r"));  // may move the first one again
+  EXPECT_EQ(1, kept[0].getOffset());
+  EXPECT_EQ(T::TOKEN_NAME, kept[0].nextToken());
+  EXPECT_EQ("q", s8(kept[0].getTokenText()));
+  EXPECT_EQ(T::TOKEN_END, kept[0].nextToken());
+}
+
 TEST(Tokenizer, SetTokenizerTypeChangesTheRules) {
   T tok(U(u"-zq-a -zq-a"), T::TOKENIZER_EXPRESSION);
   EXPECT_EQ('-', tok.nextToken());
@@ -466,6 +495,29 @@ TEST(TokenizerValue, UnknownUnitIsAFollowingName) {
   EXPECT_EQ(ZQUNIT_NUMBER, r.getUnitType());
 }
 
+TEST(TokenizerValue, HyphenatedUnitByType) {
+  // Type 0: the unit text "em-2px" is unknown, so the number stands alone before a name.
+  T expr(U(u"1em-2px"));
+  ZQValue one = expr.nextTokenValue();
+  EXPECT_TRUE(one.isInteger());
+  EXPECT_EQ(1, one.getIntegerValue());
+  ZQValue rest = expr.nextTokenValue();
+  EXPECT_TRUE(rest.isName());
+  EXPECT_EQ("em-2px", s8(rest.toString()));
+  EXPECT_TRUE(expr.nextTokenValue().isNull());
+
+  // Type 2: the unit ends at the hyphen.
+  T css(U(u"1em-2px"), T::TOKENIZER_CSS_UNIT);
+  ZQValue em = css.nextTokenValue();
+  EXPECT_EQ(ZQUNIT_EM, em.getUnitType());
+  EXPECT_EQ(1.0f, em.getRealValue(ZQUNIT_EM));
+  EXPECT_EQ('-', css.nextTokenValue().getCharacterValue());
+  ZQValue px = css.nextTokenValue();
+  EXPECT_EQ(ZQUNIT_PX, px.getUnitType());
+  EXPECT_EQ(2.0f, px.getRealValue(ZQUNIT_PX));
+  EXPECT_TRUE(css.nextTokenValue().isNull());
+}
+
 TEST(TokenizerValue, PercentageIsReal) {
   ZQValue v = T(U(u"50%")).nextTokenValue();
   EXPECT_TRUE(v.isReal());
@@ -633,6 +685,16 @@ TEST(TokenizerSigned, PushedBackSignIsReadAgain) {
   EXPECT_FALSE(tok.isPushedBack());
 }
 
+TEST(TokenizerSigned, PushedBackNoTokenIsAlsoReadAgainFromOneUnitBack) {
+  // "No token yet" reads as a character value, so it steps back like any other character.
+  T tok(U(u"-5"));
+  tok.setPtr(tok.getPtr() + 1);
+  tok.pushBack();
+  ZQValue v = tok.nextTokenValueSigned(false);
+  EXPECT_TRUE(v.isInteger());
+  EXPECT_EQ(-5, v.getIntegerValue());
+}
+
 TEST(TokenizerSigned, PushedBackValueIsTheResult) {
   T tok(U(u"12 -3"));
   tok.nextToken();
@@ -712,18 +774,31 @@ TEST(TokenizerSigned, ExponentMustBeANumber) {
   EXPECT_EQ(1, colour.getOffset());
 }
 
-TEST(TokenizerSigned, FailedExponentLeavesTheNumberAsLastToken) {
+TEST(TokenizerSigned, FailedExponentMovesOnlyThePositionBack) {
+  // The string read as a would-be exponent stays the last token, and has-quote stays set.
   T tok(U(u"1.5e'x'"), T::TOKENIZER_CSS);
   ZQValue v = tok.nextTokenValueExp();
+  EXPECT_TRUE(v.isReal());
   EXPECT_EQ(1.5f, v.getRealValue(ZQUNIT_NUMBER));
-  EXPECT_EQ(T::TOKEN_NUMBER, tok.getTokenType());
-  EXPECT_EQ(1.5, tok.getNumber());
-  EXPECT_TRUE(tok.hasDecimalPoint());
-  EXPECT_FALSE(tok.hasQuote());
-  tok.pushBack();
-  EXPECT_EQ(T::TOKEN_NUMBER, tok.nextToken());
+  EXPECT_EQ(3, tok.getOffset());
+  EXPECT_EQ(T::TOKEN_STRING, tok.getTokenType());
+  EXPECT_EQ("x", s8(tok.getTokenText()));
+  EXPECT_EQ(0.0, tok.getNumber());
+  EXPECT_TRUE(tok.hasQuote());
   EXPECT_EQ(T::TOKEN_NAME, tok.nextToken());
   EXPECT_EQ("e", s8(tok.getTokenText()));
+  EXPECT_EQ(T::TOKEN_STRING, tok.nextToken());
+
+  // At the end of the text the end is the last token; the letter is still to be read.
+  T end(U(u"7e"));
+  EXPECT_EQ(7, end.nextTokenValueExp().getIntegerValue());
+  EXPECT_EQ(T::TOKEN_END, end.getTokenType());
+  EXPECT_EQ(1, end.getOffset());
+
+  T paren(U(u"2E)"));
+  EXPECT_EQ(2, paren.nextTokenValueExp().getIntegerValue());
+  EXPECT_EQ(')', paren.getTokenType());
+  EXPECT_EQ(1, paren.getOffset());
 }
 
 TEST(TokenizerSigned, DoubleExp) {

@@ -38,6 +38,7 @@ class ZQCOMMON_API ZQTokenizer {
   /// Copies every field, the pointers included: a copy stays usable only while its source
   /// lives unchanged, since its pointers still refer to the source's buffer.
   ZQTokenizer(const ZQTokenizer& other);
+  /// Takes the text over with the position in it; `other` is left a tokenizer over nothing.
   ZQTokenizer(ZQTokenizer&& other) noexcept;
   ZQTokenizer& operator=(const ZQTokenizer& other);
   ZQTokenizer& operator=(ZQTokenizer&& other) noexcept;

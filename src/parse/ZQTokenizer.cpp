@@ -2,6 +2,8 @@
 // text. Every loop stops at the terminating NUL, so no length is ever tested.
 #include "common/ZQTokenizer.h"
 
+#include <utility>
+
 #include "parse/ZQTokenizerScan.h"
 
 namespace ZQCommonNS {
@@ -31,8 +33,10 @@ ZQTokenizer::ZQTokenizer(const UnicodeString& text, TokenizerType type)
 ZQTokenizer::ZQTokenizer(const ZQTokenizer& other) = default;
 ZQTokenizer& ZQTokenizer::operator=(const ZQTokenizer& other) = default;
 
-// A move takes the text over. Pointers into the source's own text are moved onto the new
-// buffer, since a short text lives inside the string object and does not move with it.
+// A move takes the text over. A long text's buffer changes hands and keeps its address, so
+// the pointers stay as they are. A short text lives inside the string object and is copied,
+// and the pointers follow it: left on the source, they would dangle once it goes, which for a
+// moved-from object is the usual next step.
 ZQTokenizer::ZQTokenizer(ZQTokenizer&& other) noexcept { *this = std::move(other); }
 
 ZQTokenizer& ZQTokenizer::operator=(ZQTokenizer&& other) noexcept {
@@ -42,7 +46,9 @@ ZQTokenizer& ZQTokenizer::operator=(ZQTokenizer&& other) noexcept {
   const ptrdiff_t offset = other.m_ptr - other.m_start;
   m_text = std::move(other.m_text);
   if (own) {
-    m_start = terminatedBuffer(m_text);
+    // A handed-over buffer still ends in its NUL; a copied short text needs one written.
+    const char16_t* moved = std::as_const(m_text).getBuffer();
+    m_start = moved == ownBuffer ? moved : terminatedBuffer(m_text);
     m_ptr = m_start + offset;
   } else {
     m_start = other.m_start;

@@ -138,7 +138,7 @@ ZQValue ZQTokenizer::nextTokenValueSigned(bool exp) {
     value = nextTokenValue(false);
     if (!value.isCharacter()) {
       done = true;
-    } else if (m_tokenType > 0 && m_ptr > m_start) {
+    } else if (m_ptr > m_start) {
       // A pushed-back character is read again, so that a "-" still works as a sign.
       --m_ptr;
     }
@@ -175,24 +175,16 @@ std::pair<double, double> ZQTokenizer::eNotation(ZQValue& value) {
   double exponent = 0.0;
   if (value.isNumber() && (*m_ptr == u'e' || *m_ptr == u'E')) {
     const char16_t* letter = m_ptr;
-    const int tokenType = m_tokenType;
-    const bool hasPoint = m_hasDecimalPoint;
-    const bool hasQuote = m_hasQuote;
     ++m_ptr;
     ZQValue e = nextTokenValueSigned(false);
-    // Only a number token is an exponent; a character ("1e)") or a colour is not.
+    // Only a number token is an exponent: a character is an integer too ("1e)"), and a colour
+    // ("1e#abc") has a number, but neither is a power of ten.
     if (m_tokenType == TOKEN_NUMBER && e.isNumericalValue()) {
       exponent = m_number;
       value = ZQValue(static_cast<float>(mantissa * std::pow(10.0, exponent)), e.getUnitType());
     } else {
-      // No exponent after all: the number stays the last token, so that a push-back or a
-      // look at the token type still sees it.
+      // Only the position goes back; the token read stays the last one.
       m_ptr = letter;
-      m_tokenType = tokenType;
-      m_number = mantissa;
-      m_tokenText.remove();
-      m_hasDecimalPoint = hasPoint;
-      m_hasQuote = hasQuote;
     }
   }
   return {mantissa, exponent};
