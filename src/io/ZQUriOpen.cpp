@@ -132,10 +132,23 @@ ZQGzipIStream* ZQUri::getGzipStream(std::istream& stream) {
   return new ZQGzipIStream(stream);
 }
 
+namespace {
+
+/// Reads two bytes where the stream stands: true when they are the gzip magic 1F 8B.
+bool readsGzipMagic(std::istream& stream) {
+  char magic[2] = {0, 0};
+  stream.read(magic, 2);
+  return stream.gcount() == 2 && static_cast<unsigned char>(magic[0]) == 0x1F &&
+         static_cast<unsigned char>(magic[1]) == 0x8B;
+}
+
+}  // namespace
+
 bool ZQUri::isGzip() const {
+  // A fresh stream stands at its start; network streams can't seek, so none is attempted.
   try {
     std::unique_ptr<std::istream> stream(getIStream());
-    return stream && isGzip(*stream);
+    return stream && readsGzipMagic(*stream);
   } catch (...) {
     return false;
   }
@@ -144,10 +157,7 @@ bool ZQUri::isGzip() const {
 bool ZQUri::isGzip(std::istream& stream) {
   try {
     stream.seekg(0);
-    char magic[2] = {0, 0};
-    stream.read(magic, 2);
-    return stream.gcount() == 2 && static_cast<unsigned char>(magic[0]) == 0x1F &&
-           static_cast<unsigned char>(magic[1]) == 0x8B;
+    return readsGzipMagic(stream);
   } catch (...) {
     return false;
   }
