@@ -224,6 +224,59 @@ TEST_F(Http, RefillKeepsSixteenBytesThatCanBePutBack) {
   EXPECT_EQ(Pattern().firstMismatch(again, static_cast<size_t>(putBack), pos - putBack), -1);
 }
 
+TEST_F(Http, ReadsOfEverySizeKeepTheBytesInOrder) {
+  const size_t size = 2 * 1024 * 1024 + 333;
+  std::unique_ptr<std::istream> in(uri("/large?size=" + std::to_string(size)).getIStream());
+  ASSERT_TRUE(in);
+  Pattern pattern;
+  const size_t sizes[] = {1, 8191, 8192, 70000, 3, 200000, 16, 5000, 131072, 9000};
+  std::vector<char> chunk(200000);
+  uint64_t offset = 0;
+  for (size_t i = 0; offset < size; ++i) {
+    const size_t want = sizes[i % (sizeof sizes / sizeof sizes[0])];
+    in->read(chunk.data(), static_cast<std::streamsize>(want));
+    const size_t got = static_cast<size_t>(in->gcount());
+    ASSERT_EQ(pattern.firstMismatch(chunk.data(), got, offset), -1) << "read " << i;
+    offset += got;
+    if (got < want) break;
+  }
+  EXPECT_EQ(offset, size);
+}
+
+TEST_F(Http, LargeReadLeavesSixteenBytesToPutBack) {
+  std::unique_ptr<std::istream> in(uri("/large?size=600000").getIStream());
+  ASSERT_TRUE(in);
+  std::vector<char> chunk(300000);
+  ASSERT_TRUE(in->read(chunk.data(), 10));
+  ASSERT_TRUE(in->read(chunk.data(), static_cast<std::streamsize>(chunk.size())));
+  const uint64_t pos = 10 + chunk.size();
+  int putBack = 0;
+  while (putBack < 40 && in->unget()) ++putBack;
+  EXPECT_EQ(putBack, ZQUriStreamBuf::PUTBACK_SIZE);
+  in->clear();
+  char again[40];
+  ASSERT_TRUE(in->read(again, putBack + 5));
+  EXPECT_EQ(Pattern().firstMismatch(again, static_cast<size_t>(putBack + 5), pos - putBack), -1);
+}
+
+TEST_F(Http, ShortLargeReadKeepsEarlierBytesToPutBack) {
+  // Fewer than sixteen bytes come in the large read when the body ends; the put-back area
+  // then reaches back into what was read before.
+  std::unique_ptr<std::istream> in(uri("/large?size=20").getIStream());
+  ASSERT_TRUE(in);
+  char buf[9000];
+  ASSERT_TRUE(in->read(buf, 12));
+  in->read(buf, sizeof buf);
+  EXPECT_EQ(in->gcount(), 8);
+  in->clear();
+  int putBack = 0;
+  while (putBack < 40 && in->unget()) ++putBack;
+  EXPECT_EQ(putBack, ZQUriStreamBuf::PUTBACK_SIZE);
+  in->clear();
+  ASSERT_TRUE(in->read(buf, putBack));
+  EXPECT_EQ(Pattern().firstMismatch(buf, static_cast<size_t>(putBack), 20 - putBack), -1);
+}
+
 TEST_F(Http, TruncatedBodyEndsWhereTheBytesEnd) {
   std::unique_ptr<std::istream> in(uri("/truncated").getIStream());
   ASSERT_TRUE(in);

@@ -2,6 +2,7 @@
 // piece, the splitting of HTTP URLs and the process-wide cache of redirections.
 #include "common/ZQUriStream.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -136,6 +137,11 @@ void clearRedirectionCache() {
 }
 
 // ---- ZQUriStreamBuf ----
+
+namespace {
+// Reads of at least this size skip the read buffer; smaller ones are served from it.
+constexpr std::streamsize kDirectReadMin = 8192;
+}  // namespace
 
 class ZQUriStreamBuf::Session {
  public:
@@ -274,6 +280,37 @@ ZQUriStreamBuf::int_type ZQUriStreamBuf::underflow() {
   if (code != 0 || count == 0) return traits_type::eof();
   setg(m_buffer, m_buffer + kept, m_buffer + kept + count);
   return traits_type::to_int_type(*gptr());
+}
+
+std::streamsize ZQUriStreamBuf::xsgetn(char_type* s, std::streamsize n) {
+  if (!m_buffer || m_available == 0 || n < kDirectReadMin) return std::streambuf::xsgetn(s, n);
+  // The bytes that may be put back now, before the get area is drained.
+  char tail[PUTBACK_SIZE];
+  size_t tailSize = std::min<size_t>(PUTBACK_SIZE, static_cast<size_t>(gptr() - eback()));
+  std::memcpy(tail, gptr() - tailSize, tailSize);
+
+  std::streamsize done = std::min<std::streamsize>(n, egptr() - gptr());
+  std::memcpy(s, gptr(), static_cast<size_t>(done));
+  gbump(static_cast<int>(done));
+  bool direct = false;
+  while (n - done >= kDirectReadMin) {
+    size_t count = 0;
+    const unsigned long code =
+        m_session->http->read(s + done, static_cast<size_t>(n - done), count);
+    if (code != 0 || count == 0) break;
+    done += static_cast<std::streamsize>(count);
+    direct = true;
+  }
+  if (direct) {
+    // Keep the last bytes handed out, as a refill would have kept them.
+    const size_t fromCall = std::min<size_t>(PUTBACK_SIZE, static_cast<size_t>(done));
+    const size_t fromTail = std::min(tailSize, PUTBACK_SIZE - fromCall);
+    std::memcpy(m_buffer, tail + tailSize - fromTail, fromTail);
+    std::memcpy(m_buffer + fromTail, s + done - fromCall, fromCall);
+    setg(m_buffer, m_buffer + fromTail + fromCall, m_buffer + fromTail + fromCall);
+  }
+  if (done < n) done += std::streambuf::xsgetn(s + done, n - done);
+  return done;
 }
 
 // ---- ZQUriStream ----

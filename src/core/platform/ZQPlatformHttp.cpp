@@ -31,10 +31,11 @@ using Clock = std::chrono::steady_clock;
 
 // libcurl hands the body over in pieces of at most this size; it is also the read size that
 // queryDataAvailable reports, so one read takes one piece.
-constexpr size_t kReadSize = 64 * 1024;
+constexpr size_t kReadSize = 128 * 1024;
 // Body bytes held back while nobody reads; beyond this the transfer pauses, which keeps the
-// memory of a stream bounded whatever the size of the body.
-constexpr size_t kPendingLimit = kReadSize;
+// memory of a stream bounded whatever the size of the body. A few pieces of slack keep the
+// pauses, which cost a round through libcurl each, rare.
+constexpr size_t kPendingLimit = 4 * kReadSize;
 
 unsigned long codeOf(CURLcode code) { return code == CURLE_OK ? 0 : kHttpErrorBase + code; }
 
