@@ -484,3 +484,132 @@ TEST(ZQGzipOStream, RoundTripThroughBothStreams) {
   ZQGzipIStream in(packed);
   EXPECT_EQ(readAll(in), text);
 }
+
+namespace {
+
+std::string readByBytes(std::istream& in) {
+  std::string out;
+  for (int c = in.get(); c != EOF; c = in.get()) out += static_cast<char>(c);
+  return out;
+}
+
+std::string readInChunks(std::istream& in, size_t first, size_t chunk) {
+  std::string out(first, '\0');
+  in.read(out.data(), static_cast<std::streamsize>(first));
+  out.resize(static_cast<size_t>(in.gcount()));
+  std::string buf(chunk, '\0');
+  while (in.read(buf.data(), static_cast<std::streamsize>(chunk)) || in.gcount() > 0) {
+    out.append(buf.data(), static_cast<size_t>(in.gcount()));
+  }
+  return out;
+}
+
+}  // namespace
+
+TEST(ZQGzipIStream, LargeReadsGiveWhatByteReadsGiveEvenForCutOrDamagedData) {
+  ScratchDir dir;
+  std::string text = streamtest::compressibleText(120000, 47) + streamtest::randomBytes(30000);
+  std::string member = handMadeGzip(text, 8, "", "n");
+  std::vector<std::string> inputs = {member, "plain bytes " + text};
+  for (size_t cut : {member.size() / 7, member.size() / 3, member.size() - 12}) {
+    inputs.push_back(member.substr(0, cut));
+  }
+  for (size_t at : {member.size() / 5, member.size() / 2}) {
+    std::string damaged = member;
+    for (size_t i = at; i < at + 40; ++i) damaged[i] = static_cast<char>(i * 7);
+    inputs.push_back(damaged);
+  }
+  for (size_t i = 0; i < inputs.size(); ++i) {
+    const std::string& data = inputs[i];
+    std::string path = dir.file("input.gz");
+    writeFile(path, data);
+    std::istringstream byteSource(data);
+    ZQGzipIStream bytes(byteSource);
+    std::string expected = readByBytes(bytes);
+    ZQGzipIStream fileBytes(path.c_str());
+    std::string expectedFromFile = readByBytes(fileBytes);
+    for (size_t first : {0u, 1u, 4096u, 5000u}) {
+      for (size_t chunk : {4096u, 4097u, 65536u, 1u << 20}) {
+        std::istringstream source(data);
+        ZQGzipIStream in(source);
+        EXPECT_EQ(readInChunks(in, first, chunk), expected)
+            << "input " << i << " first " << first << " chunk " << chunk;
+        ZQGzipIStream file(path.c_str());
+        EXPECT_EQ(readInChunks(file, first, chunk), expectedFromFile)
+            << "file input " << i << " first " << first << " chunk " << chunk;
+      }
+    }
+  }
+}
+
+TEST(ZQGzipIStream, TenBytesCanBePutBackAfterALargeRead) {
+  std::string text = streamtest::compressibleText(100000, 53);
+  std::istringstream source(handMadeGzip(text, 0));
+  ZQGzipIStream in(source);
+  std::string big(50000, '\0');
+  ASSERT_TRUE(in.read(big.data(), 50000));
+  EXPECT_EQ(big, text.substr(0, 50000));
+  for (int i = 0; i < 10; ++i) EXPECT_TRUE(in.unget()) << i;
+  std::string back(10, '\0');
+  in.read(back.data(), 10);
+  EXPECT_EQ(back, text.substr(49990, 10));
+  EXPECT_EQ(readAll(in), text.substr(50000));
+}
+
+TEST(ZQGzipIStream, InputEndingExactlyAtAFillBoundaryEndsTheRead) {
+  // Deflate data flushed after 8192 bytes and cut there: the input runs out just as the
+  // second fill is complete.
+  std::string text = streamtest::compressibleText(20000, 59);
+  z_stream zs{};
+  ASSERT_EQ(deflateInit2(&zs, 6, Z_DEFLATED, -15, 8, Z_DEFAULT_STRATEGY), Z_OK);
+  std::string body(40000, '\0');
+  zs.next_in = reinterpret_cast<Bytef*>(text.data());
+  zs.avail_in = 8192;
+  zs.next_out = reinterpret_cast<Bytef*>(body.data());
+  zs.avail_out = static_cast<uInt>(body.size());
+  ASSERT_EQ(deflate(&zs, Z_SYNC_FLUSH), Z_OK);
+  body.resize(zs.total_out);
+  deflateEnd(&zs);
+  std::string member = handMadeGzip("", 0).substr(0, 10) + body;
+  for (size_t chunk : {1u, 4096u, 65536u}) {
+    std::istringstream source(member);
+    ZQGzipIStream in(source);
+    EXPECT_EQ(readInChunks(in, 0, chunk), text.substr(0, 8192)) << chunk;
+  }
+}
+
+namespace {
+
+/// Serves its bytes and then fails: the stream reading it goes bad without reaching its end.
+class FailingBuf : public std::streambuf {
+ public:
+  explicit FailingBuf(std::string data) : m_data(std::move(data)) {
+    setg(m_data.data(), m_data.data(), m_data.data() + m_data.size());
+  }
+
+ protected:
+  int_type underflow() override { throw std::runtime_error("device failed"); }
+
+ private:
+  std::string m_data;
+};
+
+}  // namespace
+
+TEST(ZQGzipIStream, SourceThatFailsMidwayEndsTheRead) {
+  std::string text = streamtest::compressibleText(200000, 67);
+  std::string member = handMadeGzip(text, 0);
+  for (size_t chunk : {1u, 4096u, 65536u}) {
+    FailingBuf buf(member.substr(0, member.size() / 2));
+    std::istream source(&buf);
+    ZQGzipIStream in(source);
+    std::string got = readInChunks(in, 0, chunk);
+    EXPECT_LT(got.size(), text.size()) << chunk;
+    EXPECT_EQ(got, text.substr(0, got.size())) << chunk;
+    // Asking again after the end gives nothing more, at once.
+    in.clear();
+    std::string again(65536, '\0');
+    in.read(again.data(), 65536);
+    EXPECT_EQ(in.gcount(), 0) << chunk;
+  }
+}

@@ -150,3 +150,87 @@ TEST(ZQInflaterStream, DataAfterTheEndOfTheDeflateStreamIsIgnored) {
   EXPECT_EQ(readAll(in), "the end");
   EXPECT_EQ(in.get(), EOF);
 }
+
+namespace {
+
+std::string readByBytes(std::istream& in) {
+  std::string out;
+  for (int c = in.get(); c != EOF; c = in.get()) out += static_cast<char>(c);
+  return out;
+}
+
+std::string readInChunks(std::istream& in, size_t first, size_t chunk) {
+  std::string out(first, '\0');
+  in.read(out.data(), static_cast<std::streamsize>(first));
+  out.resize(static_cast<size_t>(in.gcount()));
+  std::string buf(chunk, '\0');
+  while (in.read(buf.data(), static_cast<std::streamsize>(chunk)) || in.gcount() > 0) {
+    out.append(buf.data(), static_cast<size_t>(in.gcount()));
+  }
+  return out;
+}
+
+}  // namespace
+
+TEST(ZQInflaterStream, LargeReadsGiveWhatByteReadsGiveEvenForCutOrDamagedData) {
+  std::string text = streamtest::compressibleText(150000, 41) + streamtest::randomBytes(30000);
+  std::string packed = deflated(text);
+  std::vector<std::string> inputs = {packed};
+  for (size_t cut : {packed.size() / 7, packed.size() / 3, packed.size() - 5, packed.size() - 1}) {
+    inputs.push_back(packed.substr(0, cut));
+  }
+  for (size_t at : {packed.size() / 5, packed.size() / 2}) {
+    std::string damaged = packed;
+    for (size_t i = at; i < at + 40; ++i) damaged[i] = static_cast<char>(i * 7);
+    inputs.push_back(damaged);
+  }
+  for (size_t i = 0; i < inputs.size(); ++i) {
+    const std::string& data = inputs[i];
+    ZQInflaterStream bytes(data.data(), data.size(), false);
+    std::string expected = readByBytes(bytes);
+    for (size_t first : {0u, 1u, 4086u, 5000u}) {
+      for (size_t chunk : {4086u, 4096u, 65536u, 1u << 20}) {
+        ZQInflaterStream in(data.data(), data.size(), false);
+        EXPECT_EQ(readInChunks(in, first, chunk), expected)
+            << "input " << i << " first " << first << " chunk " << chunk;
+      }
+    }
+  }
+}
+
+TEST(ZQInflaterStream, TenBytesCanBePutBackAfterALargeRead) {
+  std::string text = streamtest::compressibleText(100000, 43);
+  std::string packed = deflated(text);
+  ZQInflaterStream in(packed.data(), packed.size(), false);
+  std::string big(50000, '\0');
+  ASSERT_TRUE(in.read(big.data(), 50000));
+  EXPECT_EQ(big, text.substr(0, 50000));
+  for (int i = 0; i < 10; ++i) EXPECT_TRUE(in.unget()) << i;
+  std::string back(10, '\0');
+  in.read(back.data(), 10);
+  EXPECT_EQ(back, text.substr(49990, 10));
+  EXPECT_EQ(readAll(in), text.substr(50000));
+}
+
+TEST(ZQInflaterStream, InputEndingExactlyAtAFillBoundaryEndsTheRead) {
+  // Deflate data flushed after two fills (4096 + 4086 bytes) and cut there.
+  std::string text = streamtest::compressibleText(20000, 61);
+  z_stream zs{};
+  ASSERT_EQ(deflateInit2(&zs, 6, Z_DEFLATED, -15, 8, Z_DEFAULT_STRATEGY), Z_OK);
+  std::string body(40000, '\0');
+  zs.next_in = reinterpret_cast<Bytef*>(text.data());
+  zs.avail_in = 4096 + 4086;
+  zs.next_out = reinterpret_cast<Bytef*>(body.data());
+  zs.avail_out = static_cast<uInt>(body.size());
+  ASSERT_EQ(deflate(&zs, Z_SYNC_FLUSH), Z_OK);
+  body.resize(zs.total_out);
+  deflateEnd(&zs);
+  for (size_t chunk : {1u, 4096u, 65536u}) {
+    ZQInflaterStream in(body.data(), body.size(), false);
+    EXPECT_EQ(readInChunks(in, 0, chunk), text.substr(0, 8182)) << chunk;
+    in.clear();
+    std::string again(65536, '\0');
+    in.read(again.data(), 65536);
+    EXPECT_EQ(in.gcount(), 0) << chunk;
+  }
+}

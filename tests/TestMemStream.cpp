@@ -307,6 +307,27 @@ TEST(ZQMemStream, SetSourceFillsALastBlockWithRoomAtOnce) {
   EXPECT_EQ(contentOf(ms), "abcdefghijkl");
 }
 
+TEST(ZQMemStream, SetSourceFillingTheLastBlockWidensTheGetArea) {
+  ZQMemStream ms(nullptr, 8);
+  ms << "ab";
+  EXPECT_EQ(ms.get(), 'a');
+  EXPECT_EQ(ms.getStreamBuf()->getRemains(), 1u);
+  ms.setSource(new std::istringstream("cdefghijkl"), true);
+  // The get area now reaches over the bytes just read into its block.
+  EXPECT_EQ(ms.getStreamBuf()->getRemains(), 7u);
+  EXPECT_EQ(tellGet(ms), 1);
+  EXPECT_EQ(readAll(ms), "bcdefghijkl");
+}
+
+TEST(ZQMemStream, SetSourceWithRoomLaysAGetAreaNeverSet) {
+  ZQMemStream ms(nullptr, 8);
+  ms << "ab";
+  EXPECT_EQ(ms.getStreamBuf()->getRemains(), 0u);
+  ms.setSource(new std::istringstream("cd"), true);
+  EXPECT_EQ(ms.getStreamBuf()->getRemains(), 4u);
+  EXPECT_EQ(tellGet(ms), 0);
+}
+
 TEST(ZQMemStream, SetSourceBehindAFullBlockReadsNothingYet) {
   ZQMemStream ms(nullptr, 4);
   ms << "abcd";
@@ -324,6 +345,21 @@ TEST(ZQMemStream, ShortSourceBehindWrittenBytesIsRetired) {
   EXPECT_TRUE(deleted);
   EXPECT_EQ(ms.getStreamBuf()->getSource(), nullptr);
   EXPECT_EQ(contentOf(ms), "abcd");
+}
+
+TEST(ZQMemStream, FailedSourceBehindWrittenBytesIsRetiredAtOnce) {
+  // A failed stream reads nothing and sets no end-of-file flag; the short read alone retires it,
+  // so no source stays queued behind a block that isn't full.
+  bool deleted = false;
+  auto* src = new TrackedSource("cd", &deleted);
+  src->setstate(std::ios::failbit);
+  ZQMemStream ms(nullptr, 8);
+  ms << "ab";
+  ms.setSource(src, true);
+  EXPECT_TRUE(deleted);
+  EXPECT_EQ(ms.getStreamBuf()->getSource(), nullptr);
+  ms << "ef";
+  EXPECT_EQ(contentOf(ms), "abef");
 }
 
 TEST(ZQMemStream, SourceInAFailedStateReadsAsFinished) {
@@ -461,6 +497,26 @@ TEST(ZQMemStream, SeekPastTheEndForOutputSucceedsAndWritesThere) {
   ASSERT_EQ(all.size(), 23u);
   EXPECT_EQ(all.substr(0, 3), "abc");
   EXPECT_EQ(all.substr(21), "xy");  // the gap's bytes are whatever the blocks held
+}
+
+TEST(ZQMemStream, OutputSeekBeyondAnyAddressSpaceFailsWithoutHarm) {
+  ZQMemStream ms(nullptr, 8);
+  ms << "abc";
+  const std::streamoff huge = std::streamoff(1) << 60;
+  // No block is allocated for a position no process could hold: the seek just fails...
+  EXPECT_EQ(std::streamoff(ms.getStreamBuf()->pubseekpos(huge, std::ios_base::out)), -1);
+  EXPECT_EQ(
+      std::streamoff(ms.getStreamBuf()->pubseekoff(huge, std::ios_base::end, std::ios_base::out)),
+      -1);
+  EXPECT_EQ(ms.getStreamBuf()->getBlockCount(), 1u);
+  // ...which the stream turns into its fail bit, and the content stays usable.
+  ms.seekp(huge);
+  EXPECT_TRUE(ms.fail());
+  EXPECT_FALSE(ms.bad());
+  ms.clear();
+  EXPECT_EQ(ms.length(), 3u);
+  ms << "d";
+  EXPECT_EQ(contentOf(ms), "abcd");
 }
 
 TEST(ZQMemStream, SeekOnAnEmptyBufferAllocatesTheFirstBlock) {
@@ -1100,6 +1156,23 @@ TEST(ZQMemStream, ChangeTempBufferMovesTheContentToAFile) {
   EXPECT_FALSE(streamtest::fileExists(file));
 }
 
+TEST(ZQMemStream, ChangeTempBufferFromAForeignBufferTakesTheSourceFromItsStart) {
+  bool deleted = false;
+  std::string file;
+  {
+    ZQMemStream ms(*new TrackedSource("hello world", &deleted));
+    EXPECT_EQ(readN(ms, 6), "hello ");
+    ms.changeTempBuffer();
+    file = zqtest::utf8(ms.getTempFileName());
+    ASSERT_FALSE(file.empty());
+    EXPECT_TRUE(deleted);  // read through to the file and let go
+    EXPECT_EQ(streamtest::readFile(file), "hello world");
+    EXPECT_EQ(tellGet(ms), 0);
+    EXPECT_EQ(readAll(ms), "hello world");
+  }
+  EXPECT_FALSE(streamtest::fileExists(file));
+}
+
 TEST(ZQMemStream, ChangeTempBufferOnAnEmptyStream) {
   std::string file;
   {
@@ -1192,9 +1265,12 @@ namespace {
 // Opens the protected steps of the buffer to the tests.
 class ProbeBuf : public ZQMemStreamBuf {
  public:
+  using std::streambuf::pbase;
+  using std::streambuf::pptr;
   using ZQMemStreamBuf::appendBuffer;
   using ZQMemStreamBuf::flushBuffer;
   using ZQMemStreamBuf::getIndex;
+  using ZQMemStreamBuf::overflow;
   using ZQMemStreamBuf::ZQMemStreamBuf;
 };
 
@@ -1270,4 +1346,37 @@ TEST(ZQMemStreamBuf, ClearFreesEverythingAndRestoresKeepMemory) {
   std::string out;
   buf.appendToString(out);
   EXPECT_EQ(out, "xy");
+}
+
+TEST(ZQMemStreamBuf, OverflowWithEndOfFileLaysThePutAreaAtTheStart) {
+  const auto eof = std::char_traits<char>::eof();
+  ProbeBuf empty(nullptr, 8);
+  EXPECT_EQ(empty.overflow(eof), eof);
+  EXPECT_EQ(empty.getBlockCount(), 1u);  // a first block, as for a byte
+  EXPECT_NE(empty.pbase(), nullptr);
+  EXPECT_EQ(empty.pptr(), empty.pbase());
+  EXPECT_EQ(empty.length(), 0u);
+
+  // A reader has no put side: it is laid on the first block at 0, and nothing is stored.
+  ProbeBuf reader(new std::istringstream("abcdefghij"), 4, true);
+  EXPECT_EQ(reader.sgetc(), 'a');
+  EXPECT_EQ(reader.pbase(), nullptr);
+  EXPECT_EQ(reader.overflow(eof), eof);
+  EXPECT_EQ(std::streamoff(reader.pubseekoff(0, std::ios_base::cur, std::ios_base::out)), 0);
+  reader.sputc('X');
+  std::string out;
+  reader.appendToString(out);
+  EXPECT_EQ(out, "Xbcdefghij");
+}
+
+TEST(ZQMemStreamBuf, OverflowWithEndOfFileOnAPutAreaOnlyBringsTheSizeUp) {
+  const auto eof = std::char_traits<char>::eof();
+  ProbeBuf buf(nullptr, 4);
+  buf.sputn("abcd", 4);  // the whole block: the put side stands at its end
+  EXPECT_EQ(buf.overflow(eof), eof);
+  EXPECT_EQ(buf.getBlockCount(), 1u);
+  EXPECT_EQ(buf.getLastBlockSize(), 4u);
+  buf.sputc('e');
+  EXPECT_EQ(buf.getBlockCount(), 2u);
+  EXPECT_EQ(buf.length(), 5u);
 }

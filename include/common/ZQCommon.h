@@ -33,3 +33,4 @@
 #include "common/ZQValue.h"
 #include "common/ZQValueArray.h"
 #include "common/ZQXmlCatalogs.h"
+#include "common/ZQZipFile.h"

@@ -44,11 +44,16 @@ class ZQCOMMON_API ZQGzipIStreamBuf : public std::streambuf {
 
  protected:
   int_type underflow() override;
+  /// Large reads are filled straight into the caller's memory.
+  std::streamsize xsgetn(char* s, std::streamsize count) override;
 
  private:
   void openDescriptor(int fd);
   void openPath(const char* nativePath);
-  size_t inflateSome(char* out);
+  size_t keepForPutBack();
+  size_t inflateFill(char* out, size_t made);
+  size_t readFill(char* out);
+  int_type setFill(size_t keep, size_t count);
 
   char* m_buffer = nullptr;          // PUTBACK_SIZE + BUFFER_SIZE bytes
   char* m_input = nullptr;           // INPUT_SIZE bytes, gzip stream form only

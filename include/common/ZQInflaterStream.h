@@ -31,9 +31,13 @@ class ZQCOMMON_API ZQInflaterStreamBuf : public std::streambuf {
 
  protected:
   int_type underflow() override;
+  /// Large reads inflate straight into the caller's memory.
+  std::streamsize xsgetn(char* s, std::streamsize count) override;
 
  private:
   void startInflate();
+  size_t keepForPutBack();
+  int_type finishFill(size_t keep, size_t made);
 
   const char* m_data = nullptr;
   size_t m_size = 0;

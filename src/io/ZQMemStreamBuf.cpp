@@ -4,7 +4,6 @@
 #include <climits>
 #include <cstring>
 #include <limits>
-#include <new>
 #include <ostream>
 
 #include "common/ZQDigest.h"
@@ -15,7 +14,7 @@ namespace ZQCommonNS {
 namespace {
 
 // No process can hold more than this, whatever the block size: a seek that would need more
-// fails as an allocation failure at once instead of allocating for ever.
+// fails at once, as a seek, instead of allocating until the machine gives out.
 constexpr uint64_t kAddressSpace = uint64_t(1) << 47;
 
 bool isLineEnd(char c) { return c == '\r' || c == '\n'; }
@@ -247,6 +246,12 @@ void ZQMemStreamBuf::putByte(char ch) {
 
 ZQMemStreamBuf::int_type ZQMemStreamBuf::overflow(int_type ch) {
   if (traits_type::eq_int_type(ch, traits_type::eof())) {
+    if (!pbase()) {
+      // No byte to store, but the put side is laid at the start all the same.
+      if (m_blocks.empty()) appendBuffer(true);
+      m_currentBlock = 0;
+      setPutArea(m_blocks[0], 0);
+    }
     flushBuffer();
     return ch;
   }
@@ -314,7 +319,7 @@ ZQMemStreamBuf::pos_type ZQMemStreamBuf::seekpos(pos_type position, std::ios_bas
   const uint64_t index = pos / m_growBytes;
   const uint64_t offset = pos % m_growBytes;
   if (index >= m_blocks.size() && (index - m_blocks.size() + 1) > kAddressSpace / m_growBytes) {
-    throw std::bad_alloc();
+    return pos_type(off_type(-1));
   }
   // A seek past the end for output makes the blocks in between; their bytes stay unset.
   while (index >= m_blocks.size()) appendBuffer(true);
