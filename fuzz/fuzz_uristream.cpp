@@ -84,8 +84,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   } else {
     const std::string zip = "jar:data:;base64," + base64(data, size);
     openAndRead(ZQUri(UnicodeString::fromUTF8(zip + "!/a.txt"), ZQUri::URISTR_URI), false);
-    openAndRead(ZQUri(UnicodeString::fromUTF8(zip + "!/in.zip!/b.txt"), ZQUri::URISTR_URI),
-                false);
+    openAndRead(ZQUri(UnicodeString::fromUTF8(zip + "!/in.zip!/b.txt"), ZQUri::URISTR_URI), false);
     openAndRead(ZQUri(UnicodeString::fromUTF8(zip), ZQUri::URISTR_URI), true);
   }
   return 0;

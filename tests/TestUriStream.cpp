@@ -501,6 +501,260 @@ TEST_F(UriStreamResolver, CheckRedirectionOfAFileOpensNothing) {
   EXPECT_EQ(utf8(file.toString()), "file:///nowhere/a.xml");
 }
 
+// ---- jar: URIs ----
+
+/// Zip archives for the jar tests, written by Python's zipfile module into a scratch
+/// directory: name -> list of (entry name, content or "@file" of another archive, method).
+class UriStreamJar : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    s_dir = new ScratchDir();
+    const std::string script = s_dir->file("make.py");
+    writeFile(
+        script,
+        "import zipfile, sys\n"
+        "d = sys.argv[1]\n"
+        "def make(name, entries):\n"
+        "    with zipfile.ZipFile(d + '/' + name, 'w') as z:\n"
+        "        for entry, content, method in entries:\n"
+        "            if content.startswith('@'):\n"
+        "                content = open(d + '/' + content[1:], 'rb').read()\n"
+        "            else:\n"
+        "                content = content.encode('utf-8')\n"
+        "            info = zipfile.ZipInfo(entry, (1980, 1, 1, 0, 0, 0))\n"
+        "            z.writestr(info, content, compress_type=method)\n"
+        "S, D = zipfile.ZIP_STORED, zipfile.ZIP_DEFLATED\n"
+        "big = 'deflated text, long enough to be worth compressing. ' * 200\n"
+        "make('plain.zip', [('a.txt', 'stored entry', S), ('dir/sub/b.txt', big, D),\n"
+        "                   ('Case.txt', 'upper', S), ('other.txt', 'sibling', S),\n"
+        "                   ('empty.txt', '', S)])\n"
+        "make('inner.zip', [('x.txt', 'inside the inner zip', D), ('y.txt', 'y', S)])\n"
+        "make('innermost.zip', [('deep.txt', 'three levels down', D)])\n"
+        "make('middle.zip', [('innermost.zip', '@innermost.zip', D)])\n"
+        "make('outer.zip', [('inner.zip', '@inner.zip', S), ('inner-d.zip', '@inner.zip', D),\n"
+        "                   ('middle.zip', '@middle.zip', D), ('note.txt', 'not a zip', S),\n"
+        "                   ('empty.zip', '@empty.zip', S)])\n");
+    // An empty archive is its end record alone: 22 bytes.
+    writeFile(s_dir->file("empty.zip"), std::string("PK\x05\x06", 4) + std::string(18, '\0'));
+    s_made = streamtest::run("python3 " + streamtest::quote(script) + " " +
+                             streamtest::quote(s_dir->path));
+    writeFile(s_dir->file("not-a-zip.txt"), "just text");
+  }
+  static void TearDownTestSuite() {
+    delete s_dir;
+    s_dir = nullptr;
+  }
+  void SetUp() override { ASSERT_TRUE(s_made) << "the zip fixtures were not made"; }
+
+  static std::string jar(const std::string& zip, const std::string& entries) {
+    return "jar:file://" + s_dir->file(zip) + (entries.empty() ? "" : "!/" + entries);
+  }
+  static std::string big() {
+    std::string text;
+    for (int i = 0; i < 200; ++i) text += "deflated text, long enough to be worth compressing. ";
+    return text;
+  }
+
+  static ScratchDir* s_dir;
+  static bool s_made;
+};
+
+ScratchDir* UriStreamJar::s_dir = nullptr;
+bool UriStreamJar::s_made = false;
+
+TEST_F(UriStreamJar, StoredEntryOfALocalZip) {
+  auto in = open(jar("plain.zip", "a.txt"));
+  ASSERT_TRUE(in);
+  EXPECT_EQ(readAll(*in), "stored entry");
+}
+
+TEST_F(UriStreamJar, DeflatedEntryInADirectory) {
+  auto in = open(jar("plain.zip", "dir/sub/b.txt"));
+  ASSERT_TRUE(in);
+  EXPECT_EQ(readAll(*in), big());
+}
+
+TEST_F(UriStreamJar, EmptyEntryGivesAnEmptyStream) {
+  auto in = open(jar("plain.zip", "empty.txt"));
+  ASSERT_TRUE(in);
+  EXPECT_EQ(in->get(), std::char_traits<char>::eof());
+}
+
+TEST_F(UriStreamJar, WithoutAnEntryTheZipItselfIsRead) {
+  auto in = open(jar("plain.zip", ""));
+  ASSERT_TRUE(in);
+  EXPECT_EQ(readAll(*in), readFile(s_dir->file("plain.zip")));
+}
+
+TEST_F(UriStreamJar, MissingEntryIsNullWithoutMessage) {
+  UnicodeString error(u"untouched");
+  ZQUri::ContentInfo info = presetInfo();
+  auto in = open(jar("plain.zip", "nothing.txt"), &info, &error);
+  EXPECT_FALSE(in);
+  EXPECT_EQ(utf8(error), "untouched");
+}
+
+TEST_F(UriStreamJar, EntryNamesAreCaseSensitive) {
+  EXPECT_TRUE(open(jar("plain.zip", "Case.txt")));
+  EXPECT_FALSE(open(jar("plain.zip", "case.txt")));
+  EXPECT_FALSE(open(jar("plain.zip", "/a.txt"))) << "names are taken exactly";
+}
+
+TEST_F(UriStreamJar, MissingZipIsNull) { EXPECT_FALSE(open(jar("none.zip", "a.txt"))); }
+
+TEST_F(UriStreamJar, LocalFileThatIsNoZipIsNull) {
+  EXPECT_FALSE(open(jar("not-a-zip.txt", "a.txt")));
+  auto whole = open(jar("not-a-zip.txt", ""));
+  ASSERT_TRUE(whole) << "without an entry the file is read as it is";
+  EXPECT_EQ(readAll(*whole), "just text");
+}
+
+TEST_F(UriStreamJar, EntryOfANestedZipThroughTwoSeparators) {
+  auto stored = open(jar("outer.zip", "inner.zip!/x.txt"));
+  ASSERT_TRUE(stored);
+  EXPECT_EQ(readAll(*stored), "inside the inner zip");
+  auto deflated = open(jar("outer.zip", "inner-d.zip!/y.txt"));
+  ASSERT_TRUE(deflated) << "a deflated inner zip is inflated, then read from memory";
+  EXPECT_EQ(readAll(*deflated), "y");
+}
+
+TEST_F(UriStreamJar, ThreeLevelsOfZips) {
+  auto in = open(jar("outer.zip", "middle.zip!/innermost.zip!/deep.txt"));
+  ASSERT_TRUE(in);
+  EXPECT_EQ(readAll(*in), "three levels down");
+}
+
+TEST_F(UriStreamJar, NestedEntryThatIsNoZipIsNull) {
+  EXPECT_FALSE(open(jar("outer.zip", "note.txt!/x.txt")));
+  EXPECT_FALSE(open(jar("outer.zip", "inner.zip!/missing.txt")));
+}
+
+TEST_F(UriStreamJar, NestedEmptyZipPassesTheSignatureButHasNoEntry) {
+  EXPECT_FALSE(open(jar("outer.zip", "empty.zip!/x.txt")));
+  auto whole = open(jar("outer.zip", "empty.zip"));
+  ASSERT_TRUE(whole);
+  EXPECT_EQ(readAll(*whole).size(), 22u);
+}
+
+TEST_F(UriStreamJar, RelativeReferenceNamesASiblingEntry) {
+  ZQUri base(u16(jar("plain.zip", "a.txt")), ZQUri::URISTR_URI);
+  ZQUri sibling(base, u"other.txt", ZQUri::URISTR_URI);
+  std::unique_ptr<std::istream> in(sibling.getIStream());
+  ASSERT_TRUE(in) << utf8(sibling.toString());
+  EXPECT_EQ(readAll(*in), "sibling");
+}
+
+TEST_F(UriStreamJar, EntryStreamOwnsItsData) {
+  std::unique_ptr<std::istream> in = open(jar("plain.zip", "dir/sub/b.txt"));
+  ASSERT_TRUE(in);
+  // The zip object is gone by now; the stream reads its own copy.
+  char head[8] = {};
+  in->read(head, 7);
+  EXPECT_EQ(std::string(head), "deflate");
+}
+
+TEST_F(UriStreamJar, ContentInfoOfALocalEntryIsEmptied) {
+  ZQUri::ContentInfo info = presetInfo();
+  auto in = open(jar("plain.zip", "a.txt"), &info);
+  ASSERT_TRUE(in);
+  EXPECT_TRUE(info.contentType.isEmpty());
+  EXPECT_TRUE(info.charset.isEmpty());
+  EXPECT_TRUE(info.contentLanguage.isEmpty());
+  EXPECT_EQ(info.contentLength, -1);
+}
+
+TEST_F(UriStreamJar, IsGzipOfAnEntry) {
+  ScratchDir dir;
+  writeFile(dir.file("g.gz"), gzipped("zipped gzip"));
+  ASSERT_TRUE(streamtest::run("cd " + streamtest::quote(dir.path) +
+                              " && python3 -c \"import zipfile; "
+                              "zipfile.ZipFile('g.zip','w').write('g.gz')\""));
+  EXPECT_TRUE(ZQUri(u16("jar:file://" + dir.file("g.zip") + "!/g.gz"), ZQUri::URISTR_URI).isGzip());
+}
+
+TEST_F(UriStreamJar, EntryOfAZipInADataUri) {
+  const std::string zip = readFile(s_dir->file("plain.zip"));
+  std::string encoded(((zip.size() + 2) / 3) * 4 + 1, '\0');
+  const int n = EVP_EncodeBlock(reinterpret_cast<unsigned char*>(encoded.data()),
+                                reinterpret_cast<const unsigned char*>(zip.data()),
+                                static_cast<int>(zip.size()));
+  encoded.resize(static_cast<size_t>(n));
+  ZQUri::ContentInfo info = presetInfo();
+  auto in = open("jar:data:application/zip;base64," + encoded + "!/dir/sub/b.txt", &info);
+  ASSERT_TRUE(in);
+  EXPECT_EQ(readAll(*in), big());
+  EXPECT_TRUE(info.contentType.isEmpty()) << "the data URI's type described the zip";
+}
+
+class UriStreamJarHttp : public UriStreamJar {
+ protected:
+  static void SetUpTestSuite() {
+    UriStreamJar::SetUpTestSuite();
+    s_server = new httptest::LoopbackServer(s_dir->path);
+  }
+  static void TearDownTestSuite() {
+    delete s_server;
+    s_server = nullptr;
+    UriStreamJar::TearDownTestSuite();
+  }
+  void SetUp() override {
+    UriStreamJar::SetUp();
+    ASSERT_TRUE(s_server && s_server->ok());
+  }
+  static std::string httpJar(const std::string& zip, const std::string& entries) {
+    return "jar:" + s_server->url("/files/" + zip) + (entries.empty() ? "" : "!/" + entries);
+  }
+  static httptest::LoopbackServer* s_server;
+};
+
+httptest::LoopbackServer* UriStreamJarHttp::s_server = nullptr;
+
+TEST_F(UriStreamJarHttp, EntryOfAZipOverHttp) {
+  ZQUri::ContentInfo info;
+  UnicodeString error;
+  auto in = open(httpJar("plain.zip", "dir/sub/b.txt"), &info, &error);
+  ASSERT_TRUE(in) << utf8(error);
+  EXPECT_EQ(readAll(*in), big());
+  EXPECT_TRUE(error.isEmpty());
+  // What the server said described the zip, not the entry.
+  EXPECT_TRUE(info.contentType.isEmpty());
+  EXPECT_EQ(info.contentLength, -1);
+}
+
+TEST_F(UriStreamJarHttp, ZipOverHttpWithoutEntryKeepsWhatTheServerSaid) {
+  ZQUri::ContentInfo info;
+  auto in = open(httpJar("plain.zip", ""), &info);
+  ASSERT_TRUE(in);
+  const std::string zip = readFile(s_dir->file("plain.zip"));
+  EXPECT_EQ(readAll(*in), zip);
+  EXPECT_EQ(utf8(info.contentType), "application/octet-stream");
+  EXPECT_EQ(info.contentLength, static_cast<int>(zip.size()));
+}
+
+TEST_F(UriStreamJarHttp, NestedZipOverHttp) {
+  auto in = open(httpJar("outer.zip", "middle.zip!/innermost.zip!/deep.txt"));
+  ASSERT_TRUE(in);
+  EXPECT_EQ(readAll(*in), "three levels down");
+}
+
+TEST_F(UriStreamJarHttp, MissingEntryOverHttpIsNullWithEmptyMessage) {
+  UnicodeString error(u"untouched");
+  auto in = open(httpJar("plain.zip", "nothing.txt"), nullptr, &error);
+  EXPECT_FALSE(in);
+  EXPECT_TRUE(error.isEmpty()) << "the download itself succeeded";
+}
+
+TEST_F(UriStreamJarHttp, FailedDownloadNamesTheOuterUrl) {
+  UnicodeString error;
+  auto in = open(httpJar("none.zip", "a.txt"), nullptr, &error);
+  EXPECT_FALSE(in);
+  EXPECT_EQ(utf8(error), "HTTP status is 404\n" + s_server->url("/files/none.zip"));
+}
+
+TEST_F(UriStreamJarHttp, ServedFileThatIsNoZipIsNull) {
+  EXPECT_FALSE(open(httpJar("not-a-zip.txt", "a.txt")));
+}
+
 // ---- HTTP through the other helpers ----
 
 TEST(UriStreamHttp, IsGzipOverHttp) {
