@@ -28,6 +28,7 @@
 #include "common/ZQTokenizer.h"
 #include "common/ZQTypeId.h"
 #include "common/ZQUri.h"
+#include "common/ZQUriStream.h"
 #include "common/ZQUtil.h"
 #include "common/ZQValue.h"
 #include "common/ZQValueArray.h"

@@ -2,6 +2,9 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <fstream>
+#include <istream>
 
 #include "common/ZQExport.h"
 #include "common/ZQName.h"
@@ -9,6 +12,7 @@
 namespace ZQCommonNS {
 
 class ZQXmlCatalogs;
+class ZQGzipIStream;
 
 /// A caller's source of resources, asked before any scheme is opened.
 class ZQCOMMON_API ZQUriReferenceResolver2 {
@@ -37,6 +41,25 @@ class ZQCOMMON_API ZQUri {
 
   /// Handle of a loaded library.
   typedef void* ModuleHandle;
+
+  /// The in-and-out record of getIStream: what the server said about the content, and how to
+  /// ask it. Built with the connect fields at -1 and no flags.
+  struct ContentInfo {
+    /// Bits of `flags`.
+    enum {
+      FLAG_UPDATE_URI = 0x01,          ///< after a redirect, the URI takes the final URL
+      FLAG_IGNORE_CERT_ERRORS = 0x02,  ///< accept invalid server certificates
+    };
+    UnicodeString contentType;      ///< out: the media type, parameters removed
+    UnicodeString charset;          ///< out: the charset parameter
+    UnicodeString contentLanguage;  ///< out: the language header
+    int32_t contentLength = -1;     ///< out: the length header, -1 when unknown
+    UnicodeString referer;          ///< in: sent as the referrer; empty for none
+    int32_t connectTimeout = -1;    ///< in: milliseconds; taken as it is (negative: no limit)
+    int32_t connectRetries = -1;    ///< in: taken when not negative
+    int32_t connectBackoff = -1;    ///< in: milliseconds; taken when not negative
+    uint8_t flags = 0;              ///< in: FLAG_UPDATE_URI, FLAG_IGNORE_CERT_ERRORS
+  };
 
   /// The empty URI.
   ZQUri() = default;
@@ -107,6 +130,34 @@ class ZQCOMMON_API ZQUri {
   /// The path in the local form ("C:\dir\name", "\\server\share") for "file:" URIs; any other
   /// URI comes back as it is.
   UnicodeString getLocalPath() const;
+
+  // ---- Streams ----
+
+  /// getIStream(nullptr, nullptr).
+  std::istream* getIStream() const;
+  /// A new stream over the resource, which the caller deletes, or null; never throws. A
+  /// caller's resolver is asked first, then the scheme decides: local file, "data:", "jar:"
+  /// (an entry in a zip, zips nested with further "!/"), HTTP and HTTPS. `info` carries what
+  /// the server said and how to ask it; `error` receives the reason of an HTTP failure.
+  std::istream* getIStream(ContentInfo* info, UnicodeString* error) const;
+  /// A new binary output stream on the local file (truncated when asked), or null.
+  std::ofstream* getOStream(bool truncate) const;
+  /// A new binary stream for reading and writing the local file, or null.
+  std::fstream* getFStream() const;
+  /// A new gzip-reading stream on the local file, or null.
+  ZQGzipIStream* getGzipStream() const;
+  /// Seeks `stream` to 0 and wraps it (not owned) in a new gzip-reading stream.
+  static ZQGzipIStream* getGzipStream(std::istream& stream);
+  /// True when the resource starts with the two gzip bytes 1F 8B.
+  bool isGzip() const;
+  /// Seeks `stream` to 0 and reads two bytes: true when they are 1F 8B. The stream is left
+  /// where the reading left it.
+  static bool isGzip(std::istream& stream);
+  /// For HTTP and HTTPS: asks the server (once per process and URL) where the URI leads, and
+  /// takes the final URL of its redirects. True when this URI's string changed.
+  bool checkRedirection();
+  /// The resource as the installed resolver produces it, in a new memory stream, or null.
+  std::istream* getStreamFromResolver() const;
 
   // ---- Modifications ----
 
