@@ -38,6 +38,25 @@ class ZQCOMMON_API ZQUri {
   /// Handle of a loaded library.
   typedef void* ModuleHandle;
 
+  /// The in-and-out record of getIStream: what the server said about the content, and how to
+  /// ask it. Built with the connect fields at -1 and no flags.
+  struct ContentInfo {
+    /// Bits of `flags`.
+    enum {
+      FLAG_UPDATE_URI = 0x01,          ///< after a redirect, the URI takes the final URL
+      FLAG_IGNORE_CERT_ERRORS = 0x02,  ///< accept invalid server certificates
+    };
+    UnicodeString contentType;      ///< out: the media type, parameters removed
+    UnicodeString charset;          ///< out: the charset parameter
+    UnicodeString contentLanguage;  ///< out: the language header
+    int32_t contentLength = -1;     ///< out: the length header, -1 when unknown
+    UnicodeString referer;          ///< in: sent as the referrer; empty for none
+    int32_t connectTimeout = -1;    ///< in: milliseconds; taken as it is (negative: no limit)
+    int32_t connectRetries = -1;    ///< in: taken when not negative
+    int32_t connectBackoff = -1;    ///< in: milliseconds; taken when not negative
+    uint8_t flags = 0;              ///< in: FLAG_UPDATE_URI, FLAG_IGNORE_CERT_ERRORS
+  };
+
   /// The empty URI.
   ZQUri() = default;
   /// A URI from `str` of unknown type (URISTR_AUTO), mapped through `catalogs` when given.
