@@ -17,6 +17,7 @@
 #include "common/ZQName.h"
 #include "common/ZQNameEnum.h"
 #include "common/ZQNamedValueMap.h"
+#include "common/ZQNamespaceManager.h"
 #include "common/ZQObject.h"
 #include "common/ZQParser.h"
 #include "common/ZQScript.h"
@@ -30,3 +31,5 @@
 #include "common/ZQValue.h"
 #include "common/ZQValueArray.h"
 #include "common/ZQXmlCatalogs.h"
+#include "common/ZQXmlParser.h"
+#include "common/ZQXmlUtil.h"
