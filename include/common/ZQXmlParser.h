@@ -19,7 +19,7 @@ class ZQCOMMON_API ZQXmlParser : public ZQRCObject {
 
  public:
   /// What the last call of next() or nextToken() met; the numbers are the interface.
-  enum EventType {
+  enum EventType : int {
     START_DOCUMENT = 0,
     END_DOCUMENT = 1,
     START_TAG = 2,
@@ -33,8 +33,9 @@ class ZQCOMMON_API ZQXmlParser : public ZQRCObject {
     DOCDECL = 10,
   };
 
-  /// Switches of a parser, all off after construction.
-  enum Feature {
+  /// Switches of a parser, all off after construction. Any int converts to it, so that a
+  /// number outside 0..9 can be passed and ignored.
+  enum Feature : int {
     FEATURE_SKIP_EXTERNAL_DTD = 0,
     FEATURE_IGNORE_UNDEFINED_ENTITIES = 1,
     FEATURE_ALLOW_UNDECLARED_PREFIX = 2,
