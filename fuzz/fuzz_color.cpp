@@ -1,6 +1,7 @@
 // Reads arbitrary text as a colour in both syntaxes, and the result back as a ZQColor.
 // Nothing may crash; a text that is no colour comes back unchanged as a string of unit 0; a
-// colour value reads back as a valid colour, the same one through its text.
+// colour value reads back as the same colour, strict or not and through its value form. Only
+// rgba() of a name that names no colour gives the invalid colour, as its bare rgb.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -14,6 +15,12 @@ using namespace ZQCommonNS;
 
 namespace {
 
+// A colour value that reads as the invalid colour must be the bare rgb of it.
+bool invalidOnlyAsBareRgb(const ZQValue& v, const ZQColor& c) {
+  return !c.isInvalid() ||
+         (v.isInteger() && static_cast<unsigned>(v.getIntegerValue()) == ZQColor::RGB_INVALID);
+}
+
 void check(const UnicodeString& text, bool css) {
   const ZQValue v = ZQParser::parseColor(text, css);
   if (v.isNull()) abort();
@@ -23,7 +30,7 @@ void check(const UnicodeString& text, bool css) {
   } else if (v.getUnitType() == ZQUNIT_COLOR) {
     if (!v.isColor()) abort();
     const ZQColor c = v.getColorValue(true);
-    if (c.isInvalid()) abort();
+    if (!invalidOnlyAsBareRgb(v, c)) abort();
     if (c != v.getColorValue(false)) abort();
     // The value form of the colour holds the same colour.
     if (ZQValue(c).getColorValue(true) != c) abort();
@@ -40,14 +47,21 @@ void check(const UnicodeString& text, bool css) {
   for (int i = 0; i < 64; ++i) {
     const ZQValue part = ZQParser::parseColor(tk, css);
     if (part.isNull() && tk.getTokenType() == ZQTokenizer::TOKEN_END) break;
-    if (part.getUnitType() == ZQUNIT_COLOR && part.getColorValue(true).isInvalid()) abort();
+    if (part.getUnitType() == ZQUNIT_COLOR && !invalidOnlyAsBareRgb(part, part.getColorValue(true)))
+      abort();
   }
 
-  // A string value is read in the XSL-FO syntax.
+  // A string value is read in the XSL-FO syntax: its colour when that gives one, else nothing.
   const ZQValue s(text, ZQUNIT_NONE);
   const ZQColor strict = s.getColorValue(true);
   const ZQColor loose = s.getColorValue();
-  if (strict.isInvalid() ? !loose.isTransparent() : strict != loose) abort();
+  const ZQValue fo = css ? ZQParser::parseColor(text, false) : v;
+  if (fo.getUnitType() == ZQUNIT_COLOR) {
+    const ZQColor c = fo.getColorValue();
+    if (strict != c || loose != c) abort();
+  } else if (!strict.isInvalid() || !loose.isTransparent()) {
+    abort();
+  }
 }
 
 }  // namespace

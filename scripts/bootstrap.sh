@@ -6,7 +6,7 @@ set -euo pipefail
 packages=(
   build-essential cmake ninja-build pkg-config git
   libicu-dev zlib1g-dev libminizip-dev libcurl4-openssl-dev libssl-dev libxml2-dev
-  googletest libgtest-dev python3
+  googletest libgtest-dev python3 xsltproc
   libbenchmark-dev libexpat1-dev libpugixml-dev liburiparser-dev
   clang-14 libclang-rt-14-dev libfuzzer-14-dev clang-format
   locales

@@ -675,6 +675,20 @@ TEST(CounterStyleEdge, UnknownSystemFallsBack) {
   EXPECT_EQ(fmtMarked(style, 5), "<fallback>. ");
 }
 
+TEST(CounterStyleEdge, FallbackMarkIsClearedAfterAFallback) {
+  // A style that fell back once is afterwards still taken as another style's fallback: "ba"
+  // from the letters, where a mark left behind would give decimal "5".
+  CounterStyle letters = styleOf(ZQN_alphabetic, u"ab");
+  letters.addRange(1, 10);
+  EXPECT_EQ(fmt(letters, 20), "20. ");
+  EXPECT_EQ(utf8(letters.formatNumber(20, dataLookup, &letters, false)), "20. ");
+  CounterStyle unable = styleOf(ZQN_numeric, u"x");
+  EXPECT_EQ(utf8(unable.formatNumber(5, dataLookup, &letters, false)), "ba. ");
+  // The same after the style fell back while another style was asking it.
+  EXPECT_EQ(utf8(unable.formatNumber(20, dataLookup, &letters, false)), "20. ");
+  EXPECT_EQ(utf8(unable.formatNumber(6, dataLookup, &letters, false)), "bb. ");
+}
+
 TEST(CounterStyleEdge, FallbackMarkIsNotCopied) {
   // The lookup copies the style while it is falling back; the copy starts unmarked, so it
   // is used ("aa") instead of decimal.
@@ -935,6 +949,28 @@ TEST(CounterStyleKansuji, StyleModesBySymbolCount) {
   mixed.addSymbol(Symbol(us(u"one")));
   for (int i = 2; i < 10; ++i) mixed.addSymbol('0' + i);
   EXPECT_EQ(fmt(mixed, 102, true), "o〇2");
+}
+
+TEST(CounterStyleKansuji, ReadableStyleEdgeCases) {
+  // A style of 25 symbols reads numbers aloud: digits, ten/hundred/thousand, the powers.
+  CounterStyle style(ZQN_kansuji);
+  style.addSymbols(Symbol(us(u"〇一二三四五六七八九")));
+  style.addSymbols(Symbol(us(u"十百千")));
+  style.addSymbols(Symbol(us(u"万億兆京垓\U00025771穣溝澗正載極")));
+  ASSERT_EQ(style.getSymbols()->size(), 25u);
+  EXPECT_EQ(fmt(style, 1, true), "一");
+  EXPECT_EQ(fmt(style, 10, true), "十");
+  EXPECT_EQ(fmt(style, 11, true), "十一");
+  EXPECT_EQ(fmt(style, 20, true), "二十");
+  EXPECT_EQ(fmt(style, 1000, true), "千");
+  EXPECT_EQ(fmt(style, 1234, true), "千二百三十四");
+  EXPECT_EQ(fmt(style, 0, true), "〇");
+  EXPECT_EQ(fmt(style, 100000000, true), "一億万");
+  // The sign comes from finishString, outside the numeral.
+  EXPECT_EQ(fmt(style, -1234), "-千二百三十四. ");
+  // The highest value: nineteen digits in five groups.
+  EXPECT_EQ(fmt(style, LLONG_MAX, true),
+            "九百二十二京三千三百七十二兆三百六十八億五千四百七十七万五千八百七");
 }
 
 TEST(CounterStyleKansuji, SimpleStyleWithFewerThanTenSymbolsThrows) {

@@ -2,7 +2,9 @@
 
 #include "TestSupport.h"
 
+#include <initializer_list>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "common/ZQColor.h"
@@ -231,6 +233,20 @@ TEST_F(ParseColor, RgbaAlphaIsLimitedAndMustBeANumberOrPercentage) {
   expectRefusedBoth("rgba(0,0,0)");
 }
 
+TEST_F(ParseColor, RgbaOfANameThatNamesNoColourIsTheInvalidColour) {
+  // The name still reads, as the invalid colour; its value is the bare rgb, so the alpha goes.
+  for (bool css : {false, true}) {
+    ZQValue v = ZQParser::parseColor(u("rgba(nosuch,0.5)"), css);
+    ASSERT_TRUE(v.isColor()) << css;
+    EXPECT_TRUE(v.isInteger());
+    EXPECT_EQ(static_cast<unsigned>(v.getIntegerValue()), ZQColor::RGB_INVALID);
+    EXPECT_TRUE(v.getColorValue(true).isInvalid());
+    EXPECT_TRUE(v.getColorValue().isInvalid());
+  }
+  // The alpha must still be a number or a percentage.
+  expectRefusedBoth("rgba(nosuch,x)");
+}
+
 TEST_F(ParseColor, RgbaOfANameAndAlpha) {
   ZQColor c = colorOf("rgba(red,0.5)");
   EXPECT_EQ(rgbOf(c), 0xFF0000u);
@@ -241,8 +257,6 @@ TEST_F(ParseColor, RgbaOfANameAndAlpha) {
   EXPECT_FLOAT_EQ(k.getAlpha(), 0.3f);
   // The lower-case retry of the name table applies.
   EXPECT_EQ(rgbOf(colorOf("rgba(Blue,1)")), 0x0000FFu);
-  // A name that names no colour gives no colour.
-  expectRefusedBoth("rgba(nosuch,0.5)");
   // rgb() takes no name.
   expectRefusedBoth("rgb(red)");
   expectRefusedBoth("rgba(red)");
@@ -384,14 +398,21 @@ TEST_F(ParseColor, RgbIccProfileNamesAreCaseBlindAndMarked) {
   EXPECT_TRUE(colorOf("rgb-icc(#Grayscale,0.5)").isGrayscale());
   EXPECT_TRUE(colorOf("rgb-icc(# CMYK,0,0,0,1)").isK100());
   // Without the "#" a built-in name is an author's profile.
-  ZQColor icc = colorOf("rgb-icc(CMYK,0,0,0,1)");
+  ZQColor icc = colorOf("rgb-icc(0,0,0,CMYK,0,0,0,1)");
   EXPECT_TRUE(icc.isICCColorProfile());
   EXPECT_EQ(s8(icc.getICCColorProfileName()), "CMYK");
   // A "#" name that is no built-in profile reads as nothing.
   expectRefusedBoth("rgb-icc(#RGB,0,0,0)");
   expectRefusedBoth("rgb-icc(#nosuch,1)");
   expectRefusedBoth("rgb-icc(0,0,0,#nosuch,1)");
-  expectRefusedBoth("rgb-icc(0,0,0,'#CMYK',0,0,0,1)");
+  expectRefusedBoth("rgb-icc(0,0,0,#'#CMYK',0,0,0,1)");
+  // The "#" may also stand inside a quoted name.
+  ZQColor quoted = colorOf("rgb-icc(1,2,3,'#cmyk',0,0,0,1)");
+  EXPECT_TRUE(quoted.isK100());
+  EXPECT_TRUE(quoted.hasCMYKRGB());
+  EXPECT_EQ(rgbOf(quoted), 0x010203u);
+  EXPECT_EQ(rgbOf(colorOf("rgb-icc(0,0,0,#'Grayscale',1)")), 0u);
+  EXPECT_TRUE(colorOf("rgb-icc(0,0,0,#'Grayscale',1)").isGrayscale());
 }
 
 TEST_F(ParseColor, RgbIccRgbMayBePercentages) {
@@ -430,6 +451,9 @@ TEST_F(ParseColor, RgbIccRegistration) {
   EXPECT_TRUE(given.hasSeparationRGB());
   EXPECT_EQ(rgbOf(given), 0x010203u);
   expectRefusedBoth("rgb-icc(#REGISTRATION,0.5,0.5)");
+  // The registration colour takes a tint, and no CMYK.
+  expectRefusedBoth("rgb-icc(#REGISTRATION,0.5,0,0,0,1)");
+  expectRefusedBoth("rgb-icc(1,2,3,#REGISTRATION,1,0,0,0,1)");
   expectRefusedBoth("rgb-icc(#REGISTRATION,x)");
 }
 
@@ -514,16 +538,28 @@ TEST_F(ParseColor, RgbIccOtherProfiles) {
   EXPECT_EQ(wide.getICCValue(3), 0.0f);
   ZQColor none = colorOf("rgb-icc(0,0,0,Bare)");
   EXPECT_EQ(none.getICCValue(0), 0.0f);
-  // Without an rgb the profile comes first, and the rgb is black.
-  ZQColor bare = colorOf("rgb-icc(Gray,0.5)");
-  EXPECT_TRUE(bare.isICCColorProfile());
-  EXPECT_EQ(rgbOf(bare), 0u);
-  EXPECT_EQ(bare.getICCValue(0), 0.5f);
   // A quoted profile name.
   EXPECT_EQ(s8(colorOf("rgb-icc(0,0,0,'My Profile',1)").getICCColorProfileName()), "My Profile");
   // Four values at most.
   expectRefusedBoth("rgb-icc(0,0,0,MyProfile,1,2,3,4,5)");
   expectRefusedBoth("rgb-icc(0,0,0,MyProfile,x)");
+}
+
+TEST_F(ParseColor, RgbIccWithoutRgbReadsTheTailAfterThreeValues) {
+  // Unless a "#" comes first, three values are read as the rgb; when they are not all numbers
+  // or percentages the rgb is not given, and the tail starts after them.
+  ZQColor c = colorOf("rgb-icc(1,2,x,#CMYK,1,0,0,0)");
+  EXPECT_TRUE(c.isCMYK());
+  EXPECT_FALSE(c.hasCMYKRGB());
+  EXPECT_EQ(rgbOf(c), 0x00FFFFu);
+  ZQColor g = colorOf("rgb-icc(a b c #GRAYSCALE 0.5)");
+  EXPECT_FALSE(g.hasGrayscaleRGB());
+  EXPECT_EQ(rgbOf(g), 0x808080u);
+  // So an author's profile needs the rgb before it: the profile would be read as the rgb.
+  expectRefusedBoth("rgb-icc(Gray,0.5)");
+  expectRefusedBoth("rgb-icc(MyProfile,0.1,0.2,0.3,0.4)");
+  // Three values that are numbers and percentages mixed are no rgb.
+  expectRefusedBoth("rgb-icc(1,2,3%,#CMYK,0,0,0,1)");
 }
 
 TEST_F(ParseColor, RgbIccTailMustCloseTheText) {
@@ -683,6 +719,13 @@ TEST_F(ParseColor, FailedFunctionIsTheNameWithItsParenthesisPushedBack) {
   EXPECT_EQ(tk.nextToken(), u'(');
   EXPECT_EQ(tk.nextToken(), ZQTokenizer::TOKEN_NUMBER);
   EXPECT_EQ(tk.getTokenText(), u("%"));
+  // Also when the ")" is missing: the token read in its place is not what stays pushed back.
+  ZQTokenizer open(u("rgb(1,2,3 x"));
+  EXPECT_EQ(ZQParser::parseColor(open, false).getNameValue(), ZQName(ZQN_rgb));
+  EXPECT_TRUE(open.isPushedBack());
+  EXPECT_EQ(open.nextToken(), u'(');
+  EXPECT_EQ(open.nextToken(), ZQTokenizer::TOKEN_NUMBER);
+  EXPECT_EQ(open.getNumber(), 1.0);
   ZQTokenizer css(u("icc-color(#CMYK,0,0,0,1)"));
   EXPECT_EQ(ZQParser::parseColor(css, false).getNameValue(), ZQName(ZQN_icc_color));
   EXPECT_EQ(css.nextToken(), u'(');
@@ -753,6 +796,241 @@ TEST_F(ParseColor, GetColorValueOfNamesAndValuesWithoutText) {
     EXPECT_TRUE(v.getColorValue(true).isInvalid());
     EXPECT_TRUE(v.getColorValue().isTransparent());
   }
+}
+
+// ---- the value form of a colour ----
+
+// A compound of unit 24 from (key, value) members.
+ZQValue colorRecord(std::initializer_list<std::pair<ZQNameEnum, ZQValue>> members,
+                    ZQUnitType unit = ZQUNIT_COLOR) {
+  ZQValue v(new ZQNamedValueMap());
+  for (const auto& [key, value] : members) v.setNamedItem(ZQName(key), value);
+  v.setUnitType(unit);
+  return v;
+}
+
+ZQValue realOf(float f) { return ZQValue(f, ZQUNIT_NUMBER); }
+
+void expectRealMember(const ZQValue& record, ZQNameEnum key, float expected) {
+  const ZQValue m = record.getNamedItem(ZQName(key));
+  EXPECT_TRUE(m.isReal()) << s8(ZQName(key).toString());
+  EXPECT_EQ(m.getUnitType(), ZQUNIT_NUMBER) << s8(ZQName(key).toString());
+  EXPECT_EQ(m.getRealValue(ZQUNIT_NUMBER), expected) << s8(ZQName(key).toString());
+}
+
+void expectIntegerMember(const ZQValue& record, ZQNameEnum key, unsigned expected) {
+  const ZQValue m = record.getNamedItem(ZQName(key));
+  EXPECT_TRUE(m.isInteger()) << s8(ZQName(key).toString());
+  EXPECT_EQ(static_cast<unsigned>(m.getIntegerValue()), expected) << s8(ZQName(key).toString());
+}
+
+bool hasMember(const ZQValue& record, ZQNameEnum key) {
+  return !record.getNamedItem(ZQName(key)).isNull();
+}
+
+// The one member keyed by the kind, checked to be the only kind key.
+ZQValue kindMember(const ZQValue& v, ZQNameEnum key) {
+  EXPECT_TRUE(v.isCompound());
+  EXPECT_EQ(v.getUnitType(), ZQUNIT_COLOR);
+  for (ZQNameEnum k : {ZQN_hash_hash_RGBA, ZQN_hash_HSL, ZQN_hash_CMYK, ZQN_hash_GRAYSCALE,
+                       ZQN_hash_SEPARATION, ZQN_icc_color}) {
+    if (k != key) EXPECT_FALSE(hasMember(v, k)) << s8(ZQName(k).toString());
+  }
+  ZQValue inner = v.getNamedItem(ZQName(key));
+  EXPECT_TRUE(inner.isCompound()) << s8(ZQName(key).toString());
+  return inner;
+}
+
+TEST_F(ParseColor, ValueFormOfPlainAndSpecialColoursIsTheBareRgb) {
+  ZQValue plain{ZQColor(0x123456u)};
+  EXPECT_TRUE(plain.isInteger());
+  EXPECT_EQ(plain.getUnitType(), ZQUNIT_COLOR);
+  EXPECT_EQ(plain.getIntegerValue(), 0x123456);
+  // The special colours keep the integer form even with an alpha.
+  for (ZQColor c : {ZQColor::getTransparent(), ZQColor::getInvert(), ZQColor::getCurrentColor(),
+                    ZQColor::getInvalidColor()}) {
+    c.setAlpha(0.5f);
+    ZQValue v(c);
+    EXPECT_TRUE(v.isInteger());
+    EXPECT_EQ(v.getUnitType(), ZQUNIT_COLOR);
+    EXPECT_EQ(static_cast<unsigned>(v.getIntegerValue()), rgbOf(c));
+  }
+}
+
+TEST_F(ParseColor, ValueFormOfRgbaAndRgbex) {
+  ZQColor a(0x654321u);
+  a.setAlpha(0.5f);
+  ZQValue va(a);
+  ZQValue inner = kindMember(va, ZQN_hash_hash_RGBA);
+  expectIntegerMember(inner, ZQN_EMPTY, 0x654321u);
+  expectRealMember(inner, ZQN_alpha, 0.5f);
+  EXPECT_FALSE(hasMember(inner, ZQN_red));
+  EXPECT_FALSE(hasMember(va, ZQN_alpha));
+
+  ZQColor ex;
+  ex.setRGBex(0.5f, 0.25f, 1.0f);
+  ZQValue vex(ex);
+  ZQValue exInner = kindMember(vex, ZQN_hash_hash_RGBA);
+  expectIntegerMember(exInner, ZQN_EMPTY, rgbOf(ex));
+  expectRealMember(exInner, ZQN_red, 0.5f);
+  expectRealMember(exInner, ZQN_green, 0.25f);
+  expectRealMember(exInner, ZQN_blue, 1.0f);
+  EXPECT_FALSE(hasMember(exInner, ZQN_alpha));
+}
+
+TEST_F(ParseColor, ValueFormOfHslKeepsTheAlphaOutside) {
+  ZQColor h;
+  h.setHSL(300.0f, 0.5f, 0.25f);
+  h.setAlpha(0.125f);
+  ZQValue v(h);
+  ZQValue inner = kindMember(v, ZQN_hash_HSL);
+  expectRealMember(inner, ZQN_hue, 300.0f);
+  expectRealMember(inner, ZQN_saturation, 0.5f);
+  expectRealMember(inner, ZQN_lightness, 0.25f);
+  EXPECT_FALSE(hasMember(inner, ZQN_alpha));
+  expectRealMember(v, ZQN_alpha, 0.125f);
+}
+
+TEST_F(ParseColor, ValueFormOfCmykAndGrayHasTheRgbOnlyWhenGiven) {
+  ZQValue computed{ZQColor(0.1f, 0.2f, 0.3f, 0.4f)};
+  ZQValue c = kindMember(computed, ZQN_hash_CMYK);
+  expectRealMember(c, ZQN_cyan, 0.1f);
+  expectRealMember(c, ZQN_magenta, 0.2f);
+  expectRealMember(c, ZQN_yellow, 0.3f);
+  expectRealMember(c, ZQN_black, 0.4f);
+  EXPECT_FALSE(hasMember(c, ZQN_rgb));
+  ZQValue given{ZQColor(ZQColor(0xFF0000u), 0.0f, 1.0f, 1.0f, 0.0f)};
+  expectIntegerMember(kindMember(given, ZQN_hash_CMYK), ZQN_rgb, 0xFF0000u);
+
+  ZQValue gray{ZQColor(0.3f)};
+  ZQValue g = kindMember(gray, ZQN_hash_GRAYSCALE);
+  expectRealMember(g, ZQN_value, 0.3f);
+  EXPECT_FALSE(hasMember(g, ZQN_rgb));
+  ZQValue grayGiven{ZQColor(ZQColor(0x102030u), 0.3f)};
+  expectIntegerMember(kindMember(grayGiven, ZQN_hash_GRAYSCALE), ZQN_rgb, 0x102030u);
+}
+
+TEST_F(ParseColor, ValueFormOfASeparationHasWhatItsFlagsSay) {
+  ZQValue bare{ZQColor(u("Gold"), 0.5f)};
+  ZQValue s = kindMember(bare, ZQN_hash_SEPARATION);
+  EXPECT_EQ(s8(s.getNamedItem(ZQName(ZQN_name)).getStringValue()), "Gold");
+  expectRealMember(s, ZQN_value, 0.5f);
+  EXPECT_FALSE(hasMember(s, ZQN_cyan));
+  EXPECT_FALSE(hasMember(s, ZQN_rgb));
+
+  ZQColor noTint(u("Gold"), 1.0f);
+  noTint.adjustSeparationFlags(false, false, false, false);
+  EXPECT_FALSE(hasMember(kindMember(ZQValue(noTint), ZQN_hash_SEPARATION), ZQN_value));
+
+  ZQValue full{ZQColor(ZQColor(0x00FF00u), u("Green"), 0.25f, 1.0f, 0.0f, 1.0f, 0.0f)};
+  ZQValue f = kindMember(full, ZQN_hash_SEPARATION);
+  expectRealMember(f, ZQN_value, 0.25f);
+  expectRealMember(f, ZQN_cyan, 1.0f);
+  expectRealMember(f, ZQN_magenta, 0.0f);
+  expectRealMember(f, ZQN_yellow, 1.0f);
+  expectRealMember(f, ZQN_black, 0.0f);
+  expectIntegerMember(f, ZQN_rgb, 0x00FF00u);
+}
+
+TEST_F(ParseColor, ValueFormOfAnIccColour) {
+  ZQColor icc(ZQColor(0x336699u), u("MyProfile"), 0.1f, 0.2f, 0.3f, 0.4f);
+  icc.setAlpha(0.75f);
+  ZQValue v(icc);
+  ZQValue inner = kindMember(v, ZQN_icc_color);
+  const ZQValue name = inner.getNamedItem(ZQName(ZQN_name));
+  EXPECT_TRUE(name.isName());
+  EXPECT_EQ(s8(name.getStringValue()), "MyProfile");
+  expectRealMember(inner, ZQN_cyan, 0.1f);
+  expectRealMember(inner, ZQN_magenta, 0.2f);
+  expectRealMember(inner, ZQN_yellow, 0.3f);
+  expectRealMember(inner, ZQN_black, 0.4f);
+  expectRealMember(v, ZQN_alpha, 0.75f);
+}
+
+TEST_F(ParseColor, GetColorValueReadsABuiltRecord) {
+  // Reals are read as plain numbers, so a percentage counts / 100; the rgb as an integer.
+  ZQValue gray =
+      colorRecord({{ZQN_hash_GRAYSCALE, colorRecord({{ZQN_value, ZQValue(50.0f, ZQUNIT_PERCENT)},
+                                                     {ZQN_rgb, ZQValue(1056816.0f, ZQUNIT_NUMBER)}},
+                                                    ZQUNIT_NONE)}});
+  ZQColor g = gray.getColorValue(true);
+  EXPECT_TRUE(g.isGrayscale());
+  EXPECT_EQ(g.getGrayscale(), 0.5f);
+  EXPECT_TRUE(g.hasGrayscaleRGB());
+  EXPECT_EQ(rgbOf(g), 0x102030u);
+  // An alpha beside the key applies to any kind.
+  ZQValue cmyk = colorRecord({{ZQN_hash_CMYK, colorRecord({{ZQN_cyan, realOf(1.0f)},
+                                                           {ZQN_magenta, realOf(0.0f)},
+                                                           {ZQN_yellow, realOf(0.0f)},
+                                                           {ZQN_black, realOf(0.0f)}},
+                                                          ZQUNIT_NONE)},
+                              {ZQN_alpha, realOf(0.25f)}});
+  ZQColor c = cmyk.getColorValue(true);
+  EXPECT_TRUE(c.isCMYK());
+  EXPECT_FALSE(c.hasCMYKRGB());
+  EXPECT_EQ(rgbOf(c), 0x00FFFFu);
+  EXPECT_EQ(c.getAlpha(), 0.25f);
+}
+
+TEST_F(ParseColor, GetColorValueTakesTheKeysInItsOrder) {
+  const ZQValue iccInner =
+      colorRecord({{ZQN_name, ZQValue(ZQName(u("P")))}, {ZQN_cyan, realOf(0.5f)}}, ZQUNIT_NONE);
+  const ZQValue hslInner = colorRecord(
+      {{ZQN_hue, realOf(120.0f)}, {ZQN_saturation, realOf(1.0f)}, {ZQN_lightness, realOf(0.5f)}},
+      ZQUNIT_NONE);
+  const ZQValue rgbaInner = colorRecord({{ZQN_EMPTY, ZQValue(0x123456)}}, ZQUNIT_NONE);
+  const ZQValue sepInner = colorRecord({{ZQN_name, ZQValue(u("Spot"), ZQUNIT_NONE)}}, ZQUNIT_NONE);
+  const ZQValue grayInner = colorRecord({{ZQN_value, realOf(0.5f)}}, ZQUNIT_NONE);
+  const ZQValue cmykInner = colorRecord({{ZQN_cyan, realOf(0.0f)},
+                                         {ZQN_magenta, realOf(0.0f)},
+                                         {ZQN_yellow, realOf(0.0f)},
+                                         {ZQN_black, realOf(1.0f)}},
+                                        ZQUNIT_NONE);
+  // Each record also holds every kind that comes later in the order.
+  EXPECT_TRUE(colorRecord({{ZQN_hash_CMYK, cmykInner},
+                           {ZQN_hash_GRAYSCALE, grayInner},
+                           {ZQN_hash_SEPARATION, sepInner},
+                           {ZQN_hash_hash_RGBA, rgbaInner},
+                           {ZQN_hash_HSL, hslInner},
+                           {ZQN_icc_color, iccInner}})
+                  .getColorValue(true)
+                  .isICCColorProfile());
+  EXPECT_TRUE(colorRecord({{ZQN_hash_CMYK, cmykInner},
+                           {ZQN_hash_GRAYSCALE, grayInner},
+                           {ZQN_hash_SEPARATION, sepInner},
+                           {ZQN_hash_hash_RGBA, rgbaInner},
+                           {ZQN_hash_HSL, hslInner}})
+                  .getColorValue(true)
+                  .isHSL());
+  EXPECT_EQ(rgbOf(colorRecord({{ZQN_hash_CMYK, cmykInner},
+                               {ZQN_hash_GRAYSCALE, grayInner},
+                               {ZQN_hash_SEPARATION, sepInner},
+                               {ZQN_hash_hash_RGBA, rgbaInner}})
+                      .getColorValue(true)),
+            0x123456u);
+  EXPECT_TRUE(colorRecord({{ZQN_hash_CMYK, cmykInner},
+                           {ZQN_hash_GRAYSCALE, grayInner},
+                           {ZQN_hash_SEPARATION, sepInner}})
+                  .getColorValue(true)
+                  .isSeparation());
+  EXPECT_TRUE(colorRecord({{ZQN_hash_CMYK, cmykInner}, {ZQN_hash_GRAYSCALE, grayInner}})
+                  .getColorValue(true)
+                  .isGrayscale());
+  EXPECT_TRUE(colorRecord({{ZQN_hash_CMYK, cmykInner}}).getColorValue(true).isK100());
+}
+
+TEST_F(ParseColor, GetColorValueOfARecordWithoutAColourKeyOrUnit) {
+  const ZQValue cmykInner = colorRecord({{ZQN_black, realOf(1.0f)}}, ZQUNIT_NONE);
+  // Unit 24 without a known key.
+  ZQValue none = colorRecord({{ZQN_width, realOf(1.0f)}});
+  EXPECT_TRUE(none.getColorValue(true).isInvalid());
+  EXPECT_TRUE(none.getColorValue().isTransparent());
+  // A known key without unit 24 is no colour: the record has no text to read either.
+  ZQValue plain = colorRecord({{ZQN_hash_CMYK, cmykInner}}, ZQUNIT_NONE);
+  EXPECT_TRUE(plain.getColorValue(true).isInvalid());
+  EXPECT_TRUE(plain.getColorValue().isTransparent());
+  // Unit 24 on a real is neither form.
+  EXPECT_TRUE(ZQValue(255.0f, ZQUNIT_COLOR).getColorValue(true).isInvalid());
 }
 
 // ---- round trips ----

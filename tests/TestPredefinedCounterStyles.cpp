@@ -739,6 +739,99 @@ TEST(PredefinedCounterStylesSequences, CyrillicCases) {
   EXPECT_EQ(style("lower-ukrainian-full")->getSymbols()->size(), 33u);
 }
 
+// The symbols of a style as one string, one symbol after the other.
+namespace {
+std::string joined(const char* name) {
+  std::string out;
+  for (const std::string& s : symbolTexts(*style(name))) out += s;
+  return out;
+}
+}  // namespace
+
+TEST(PredefinedCounterStylesSequences, PublishedLetterLists) {
+  // Thai skips the obsolete kho khuat and kho khon and also kho rakhang.
+  EXPECT_EQ(joined("thai-alphabetic"), "กขคงจฉชซฌญฎฏฐฑฒณดตถทธนบปผฝพฟภมยรลวศษสหฬอฮ");
+  EXPECT_EQ(style("thai-alphabetic")->getSymbols()->size(), 41u);
+  // Hindi: the 33 consonants, without the nukta letters.
+  EXPECT_EQ(joined("hindi"), "कखगघङचछजझञटठडढणतथदधनपफबभमयरलवशषसह");
+  EXPECT_EQ(style("hindi")->getSymbols()->size(), 33u);
+  EXPECT_EQ(joined("khmer-consonant"), "កខគឃងចឆជឈញដឋឌឍណតថទធនបផពភមយរលវសហឡអ");
+  EXPECT_EQ(joined("korean-consonant"), "ㄱㄴㄷㄹㅁㅂㅅㅇㅈㅊㅋㅌㅍㅎ");
+  EXPECT_EQ(joined("korean-syllable"), "가나다라마바사아자차카타파하");
+  // The short Russian and Bulgarian forms leave out the letters that never start an item.
+  EXPECT_EQ(joined("lower-russian"), "абвгдежзиклмнопрстуфхцчшщэюя");
+  EXPECT_EQ(joined("upper-russian"), "АБВГДЕЖЗИКЛМНОПРСТУФХЦЧШЩЭЮЯ");
+  EXPECT_EQ(joined("lower-bulgarian"), "абвгдежзиклмнопрстуфхцчшщюя");
+  EXPECT_EQ(joined("lower-russian-full"), "абвгдеёжзийклмнопрстуфхцчшщъыьэюя");
+  EXPECT_EQ(joined("cjk-heavenly-stem"), "甲乙丙丁戊己庚辛壬癸");
+  // The eleventh earthly branch is U+620C.
+  EXPECT_EQ(joined("cjk-earthly-branch"), "子丑寅卯辰巳午未申酉戌亥");
+  EXPECT_EQ((*style("cjk-earthly-branch")->getSymbols())[10].char32At(0), 0x620C);
+  EXPECT_EQ(style("cjk-earthly-branch")->getFallback(), ZQN_cjk_decimal);
+  EXPECT_EQ(style("cjk-heavenly-stem")->getFallback(), ZQN_cjk_decimal);
+  EXPECT_EQ(joined("arabic-abjad"), "ابجدهوزحطيكلمنسعفصقرشتثخذضظغ");
+  EXPECT_EQ(joined("maghrebi-abjad"), "ابجدهوزحطيكلمنصعفضقرستثخذظغش");
+  EXPECT_EQ(joined("persian-abjad"), "ابجدهوزحطیکلمنسعفصقرشتثخذضظغ");
+  EXPECT_EQ(joined("persian-alphabetic"), "ابپتثجچحخدذرزژسشصضطظعغفقکگلمنوهی");
+  EXPECT_EQ(joined("new-base-60"), "0123456789ABCDEFGHJKLMNPQRSTUVWXYZ_abcdefghijkmnopqrstuvwxyz");
+  EXPECT_EQ(joined("upper-greek"), "ΑΒΓΔΕΖΗΘΙΚΛΜΝΞΟΠΡΣΤΥΦΧΨΩ");
+  EXPECT_EQ(joined("circled-decimal"),
+            "⓪①②③④⑤⑥⑦⑧⑨⑩⑪⑫⑬⑭⑮⑯⑰⑱⑲⑳㉑㉒㉓㉔㉕㉖㉗㉘㉙㉚㉛㉜㉝㉞㉟㊱㊲㊳㊴㊵㊶㊷㊸㊹㊺㊻㊼㊽㊾㊿");
+  EXPECT_EQ(style("circled-decimal")->getFirst(), 0);
+  EXPECT_EQ(joined("filled-circled-decimal"), "❶❷❸❹❺❻❼❽❾❿⓫⓬⓭⓮⓯⓰⓱⓲⓳⓴");
+  EXPECT_EQ(joined("fullwidth-upper-roman"), "ⅠⅡⅢⅣⅤⅥⅦⅧⅨⅩⅪⅫ");
+}
+
+TEST(PredefinedCounterStylesSequences, Suffixes) {
+  // Enclosed forms carry their own punctuation: a space only.
+  for (const char* name :
+       {"circled-decimal", "circled-ideograph", "circled-katakana", "circled-korean-consonant",
+        "circled-korean-syllable", "circled-lower-latin", "circled-upper-latin", "dotted-decimal",
+        "double-circled-decimal", "filled-circled-decimal", "parenthesized-decimal",
+        "parenthesized-hangul-consonant", "parenthesized-hangul-syllable",
+        "parenthesized-ideograph", "parenthesized-lower-latin", "box", "check", "diamond", "disc"})
+    EXPECT_EQ(utf8(style(name)->getSuffix()), " ") << name;
+  // Full-width forms end in the full-width full stop.
+  for (const char* name : {"fullwidth-decimal", "fullwidth-lower-alpha", "fullwidth-lower-latin",
+                           "fullwidth-upper-alpha", "fullwidth-upper-latin",
+                           "fullwidth-lower-roman", "fullwidth-upper-roman"})
+    EXPECT_EQ(utf8(style(name)->getSuffix()), "．") << name;
+  // Greek alphabetic numerals end in the keraia.
+  for (const char* name : {"greek", "greek-lower-modern", "greek-lower-ancient",
+                           "greek-upper-ancient", "greek-upper-modern"})
+    EXPECT_EQ(utf8(style(name)->getSuffix()), cps({0x0374})) << name;
+  // Ethiopic alphabets end in the preface colon and a space, but for "ari" and "blin".
+  for (const char* name :
+       {"dizi", "gedeo", "gumuz", "hadiyya", "harari", "kaffa", "kebena", "kembata", "konso",
+        "kunama", "meen", "oromo", "saho", "sidama", "silti", "tigre", "wolaita", "yemsa"})
+    EXPECT_EQ(utf8(style(name)->getSuffix()), "፦ ") << name;
+  // East Asian forms.
+  for (const char* name :
+       {"cjk-decimal", "cjk-earthly-branch", "cjk-heavenly-stem", "hiragana", "hiragana-iroha",
+        "katakana", "katakana-iroha", "japanese-informal", "cjk-ideographic"})
+    EXPECT_EQ(utf8(style(name)->getSuffix()), "、") << name;
+  for (const char* name : {"korean-hangul-formal", "korean-hanja-formal", "korean-hanja-informal"})
+    EXPECT_EQ(utf8(style(name)->getSuffix()), ", ") << name;
+  for (const char* name : {"decimal", "lower-roman", "upper-alpha", "lower-greek", "hebrew",
+                           "armenian", "georgian", "thai-alphabetic", "lower-russian", "binary"})
+    EXPECT_EQ(utf8(style(name)->getSuffix()), ". ") << name;
+}
+
+TEST(PredefinedCounterStyles, OnlyDecimalHasNoFallbackAndEveryFallbackIsPredefined) {
+  for (const char* name : allNames()) {
+    const CounterStyle* s = style(name);
+    ASSERT_NE(s, nullptr) << name;
+    if (std::string(name) == "decimal") {
+      EXPECT_TRUE(s->getFallback().isEmpty());
+      continue;
+    }
+    EXPECT_FALSE(s->getFallback().isEmpty()) << name;
+    EXPECT_NE(ZQUtil::getPredefinedCounterStyle(s->getFallback()), nullptr) << name;
+    EXPECT_TRUE(s->getPrefix().isEmpty()) << name;
+    EXPECT_TRUE(s->getPad().symbol.isEmpty()) << name;
+  }
+}
+
 // ---- Building and cleanup ----
 
 TEST(PredefinedCounterStylesLifetime, CleanupFreesAndTheNextLookupRebuilds) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "common/ZQExport.h"
+#include "common/ZQLang.h"
 #include "common/ZQName.h"
 
 namespace ZQCommonNS {
@@ -29,6 +30,26 @@ class ZQCOMMON_API ZQUtil {
   };
 
   // ---- Counter styles and number formatting (CounterStyle and its helpers) belong here. ----
+
+  // ---- Number formatting by format tokens ----
+
+  /// `n` under an XSLT-like `format` ("1", "01", "a", "i", U+05D0, ...): the token's first
+  /// value picks the numbering, the text around it is kept; what cannot apply is decimal.
+  /// `letterValue` takes no part in the result.
+  static UnicodeString formatNumber(long long n, const UnicodeString& format,
+                                    const UnicodeString& groupSeparator, int groupSize, ZQLang lang,
+                                    ZQNameEnum letterValue);
+  /// The long form without grouping and with "auto" for the letter value.
+  static UnicodeString formatNumber(long long n, const UnicodeString& format, ZQLang lang);
+  /// Japanese numerals for every run of ASCII digits in `text`: `mode` "grouping", "readable"
+  /// or else simple; `digits` "kanji", "latin" (full-width) or the name's own code points;
+  /// `units` replaces ten, hundred, thousand and then the powers of ten thousand.
+  static UnicodeString convertKansuji(const UnicodeString& text, const ZQName& mode,
+                                      const ZQName& digits, const UnicodeString& units,
+                                      const UnicodeString& reserved);
+  /// The decimal text of `n`, converted as above.
+  static UnicodeString convertKansuji(long long n, const ZQName& mode, const ZQName& digits,
+                                      const UnicodeString& units, const UnicodeString& reserved);
 
   /// A counter style: turns an integer into text by a system, symbols, a range, a fallback,
   /// padding, a sign and a prefix and suffix.

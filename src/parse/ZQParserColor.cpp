@@ -90,13 +90,14 @@ int readIccTail(ZQTokenizer& tk, ZQColor& color, bool rgbGiven) {
   // The tail closes the colour: nothing may follow it.
   if (tk.nextToken() != ZQTokenizer::TOKEN_END) return 0;
 
+  // The profile is chosen by its upper-case text with the "#", however the "#" came.
   UnicodeString key(profile);
   key.toUpper(icu::Locale::getRoot());
   if (builtin) key.insert(0, u'#');
   const ZQColor rgb = color;
   float v[kMaxTailArguments] = {};
 
-  const ZQNameEnum kind = builtin ? ZQNameTable::getBuiltinNameEnum(key) : ZQN_EMPTY;
+  const ZQNameEnum kind = ZQNameTable::getBuiltinNameEnum(key);
   switch (kind) {
     case ZQN_hash_CMYK:
       if (count != 4 || !readFractions(args, 4, v)) return 0;
@@ -119,8 +120,9 @@ int readIccTail(ZQTokenizer& tk, ZQColor& color, bool rgbGiven) {
         ++rest;
         --left;
       }
-      // An optional tint, then optionally the four CMYK values of the full tint.
-      if (left != 0 && left != 1 && left != 5) return 0;
+      // An optional tint, then for a named separation optionally the four CMYK values of the
+      // full tint; the registration colour takes the tint alone.
+      if (left != 0 && left != 1 && (left != 5 || kind == ZQN_hash_REGISTRATION)) return 0;
       if (!readFractions(rest, left, v)) return 0;
       const bool tint = left >= 1;
       const bool cmyk = left == 5;
@@ -138,7 +140,7 @@ int readIccTail(ZQTokenizer& tk, ZQColor& color, bool rgbGiven) {
       break;
   }
   // A profile of the author's: never a "#" name, which would make an invalid colour.
-  if (builtin || key.startsWith(UnicodeString(u'#')) || count > kIccValues) return 0;
+  if (key.startsWith(UnicodeString(u'#')) || count > kIccValues) return 0;
   if (!readFractions(args, count, v)) return 0;
   color = ZQColor(rgb, profile, v[0], v[1], v[2], v[3]);
   return kTailOk;
@@ -169,11 +171,10 @@ bool readFunction(ZQTokenizer& tk, ZQNameEnum name, bool css, ZQColor& color) {
         // A named colour and its alpha.
         tk.skipSeparator(u',');
         a[1] = tk.nextTokenValueSigned();
+        // A name that names no colour still reads: the colour is the invalid one.
         if (tk.nextToken() != u')' || !color.setRGB(a[0], ZQValue(), ZQValue(), &a[1])) {
           return false;
         }
-        // A name that is no colour gives no colour.
-        if (color.isInvalid()) return false;
       } else {
         tk.skipSeparator(u',');
         if (!readArguments(tk, a + 1, 3) || !color.setRGB(a[0], a[1], a[2], &a[3])) return false;
@@ -191,9 +192,11 @@ bool readFunction(ZQTokenizer& tk, ZQNameEnum name, bool css, ZQColor& color) {
     case ZQN_icc_color:
       return css && readIccTail(tk, color, false) != 0;
     case ZQN_rgb_icc: {
+      // Three values are read unless a "#" profile comes first. When they are not all numbers
+      // or percentages the rgb is not given, and the tail still starts after them: without an
+      // rgb only a built-in profile, which can give one, makes a colour.
       bool rgbGiven = false;
       if (peekCharacter(tk) != u'#') {
-        const char16_t* start = tk.getPtr();
         for (int i = 0; i < 3; ++i) {
           if (i) tk.skipSeparator(u',');
           a[i] = tk.nextTokenValueSigned();
@@ -202,9 +205,6 @@ bool readFunction(ZQTokenizer& tk, ZQNameEnum name, bool css, ZQColor& color) {
             a[2].isNumberOrPercentage()) {
           if (!color.setRGB(a[0], a[1], a[2], nullptr)) return false;
           rgbGiven = true;
-        } else {
-          // No rgb: the profile comes first.
-          rewind(tk, start);
         }
       }
       return readIccTail(tk, color, rgbGiven) != 0;

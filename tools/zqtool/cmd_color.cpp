@@ -1,4 +1,6 @@
-// zqtool color <name|#hex>...: each colour's kind, rgb and both text forms.
+// zqtool color <colour>...: each colour's kind, rgb and both text forms. An argument is read as
+// CSS colour text: a name, a hexadecimal colour, a colour function, or a colour followed by
+// icc-color(...).
 #include <cstdio>
 #include <iostream>
 
@@ -7,28 +9,6 @@
 using namespace ZQCommonNS;
 
 namespace {
-
-int hexDigit(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return -1;
-}
-
-// The simple "#rgb" and "#rrggbb" forms; the full colour syntax belongs to the expression
-// parser.
-bool parseHex(const std::string& text, ZQColor& color) {
-  if (text.size() != 4 && text.size() != 7) return false;
-  unsigned v = 0;
-  for (size_t i = 1; i < text.size(); ++i) {
-    int d = hexDigit(text[i]);
-    if (d < 0) return false;
-    v = v * 16 + static_cast<unsigned>(d);
-    if (text.size() == 4) v = v * 16 + static_cast<unsigned>(d);
-  }
-  color = ZQColor(v);
-  return true;
-}
 
 const char* kindOf(const ZQColor& c) {
   if (c.isTransparent()) return "transparent";
@@ -46,30 +26,37 @@ const char* kindOf(const ZQColor& c) {
   return "unknown";
 }
 
+// A colour value as it stands, and a lone name through the colour names; anything else that
+// the syntax gives back (text, a number, a string) is no colour.
+ZQColor readColor(const UnicodeString& text) {
+  const ZQValue v = ZQParser::parseColor(text, true);
+  if (v.getUnitType() == ZQUNIT_COLOR || v.isName()) return v.getColorValue(true);
+  return ZQColor::getInvalidColor();
+}
+
 int runColor(const zqtool::Args& args) {
   if (args.empty()) {
-    std::cerr << "usage: zqtool color <name|#rgb|#rrggbb>...\n";
+    std::cerr << "usage: zqtool color <colour>...   (a name, #rgb, #rrggbb, rgb(...), "
+                 "cmyk(...), rgb-icc(...), a colour and icc-color(...), ...)\n";
     return 2;
   }
   int status = 0;
   for (const auto& text : args) {
-    ZQColor color;
-    if (!text.empty() && text[0] == '#') {
-      if (!parseHex(text, color)) color = ZQColor::getInvalidColor();
-    } else {
-      color = ZQColor(ZQName(zqtool::fromUtf8(text)));
-    }
+    const ZQColor color = readColor(zqtool::fromUtf8(text));
     char rgb[16];
     std::snprintf(rgb, sizeof rgb, "#%06X", static_cast<unsigned>(color));
-    std::cout << text << "\tkind " << kindOf(color) << "\trgb " << rgb << "\tfo "
-              << zqtool::utf8(color.toString(false)) << "\tcss "
+    std::cout << text << "\tkind " << kindOf(color) << "\trgb " << rgb;
+    if (color.hasAlpha()) std::cout << "\talpha " << color.getAlpha();
+    std::cout << "\tfo " << zqtool::utf8(color.toString(false)) << "\tcss "
               << zqtool::utf8(color.toString(true)) << "\n";
     if (color.isInvalid()) status = 1;
   }
   return status;
 }
 
-zqtool::Register reg("color", "color <name|#hex>...",
-                     "print each colour's kind, rgb and its XSL-FO and CSS text", runColor);
+zqtool::Register reg("color", "color <colour>...",
+                     "read each colour in the CSS syntax and print its kind, rgb and its XSL-FO "
+                     "and CSS text",
+                     runColor);
 
 }  // namespace
