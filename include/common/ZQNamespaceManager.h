@@ -40,6 +40,7 @@ class ZQCOMMON_API ZQNamespaceMap : public ZQRCObject {
   /// Namespace at `pos` in order, or 0 outside the map.
   ZQName getNamespace(int pos) const;
 
+  /// The bindings in order.
   const_iterator begin() const { return m_bindings.begin(); }
   const_iterator end() const { return m_bindings.end(); }
 

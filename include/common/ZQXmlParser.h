@@ -105,7 +105,9 @@ class ZQCOMMON_API ZQXmlParser : public ZQRCObject {
   virtual int getDepth() = 0;
   /// Event, input and position as text, for messages.
   virtual UnicodeString getPositionDescription() = 0;
+  /// Line of the reader, from 1; -1 before the first read.
   virtual int getLineNumber() = 0;
+  /// Characters read on the line; -1 before the first read.
   virtual int getColumnNumber() = 0;
   /// True when the text of the event is whitespace only.
   virtual bool isWhitespace() = 0;
@@ -123,12 +125,17 @@ class ZQCOMMON_API ZQXmlParser : public ZQRCObject {
   virtual bool isEmptyElementTag() = 0;
   /// Number of attributes of a start tag; -1 at other events.
   virtual int getAttributeCount() = 0;
+  /// Namespace of the attribute at `index`.
   virtual ZQName getAttributeNamespace(int index) = 0;
+  /// Local name of the attribute at `index`.
   virtual ZQName getAttributeName(int index) = 0;
+  /// Prefix of the attribute at `index`.
   virtual ZQName getAttributePrefix(int index) = 0;
   /// Value of an attribute by namespace and local name; the bogus string when absent.
   virtual UnicodeString getAttributeValue(ZQName ns, ZQName name) = 0;
+  /// Value of the attribute at `index`.
   virtual UnicodeString getAttributeValue(int index) = 0;
+  /// The current event.
   virtual EventType getEventType() = 0;
   /// Moves to the next event of the document's content, merging text.
   virtual EventType next() = 0;
@@ -157,7 +164,9 @@ class ZQCOMMON_API ZQXmlParser : public ZQRCObject {
   virtual void setAutoClose(bool autoClose);
   /// True unless the input is read as HTML.
   virtual bool isXML();
+  /// True when the input is read as tag-soup HTML; may settle the type.
   virtual bool isHTMLSyntax();
+  /// True when the input is read as XHTML; may settle the type.
   virtual bool isXHTMLSyntax();
   /// Chooses how the input is read: `auto` (or 0), `html`, `xhtml`, `text`, or else XML.
   virtual void setParserType(ZQName type, ZQName defaultType);

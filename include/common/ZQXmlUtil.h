@@ -58,6 +58,7 @@ class ZQCOMMON_API ZQXmlUtil {
   static ZQName getRootName(ZQName& localName, std::istream& stream,
                             const ZQUri::ContentInfo* contentInfo, const UnicodeString& extension,
                             const UnicodeString& id);
+  /// The same for the resource of a URI.
   static ZQName getRootName(ZQName& localName, const UnicodeString& uriText,
                             const UnicodeString& id);
   /// Namespace of the root, except that an XSL-FO `root` carrying the XSLT `version`
