@@ -1,0 +1,242 @@
+// The library's own pull parser: its state, the queries that read it, and the error funnel.
+// Reading (input and decoding, the scanner, the prolog and DTD, HTML) completes this class.
+#pragma once
+
+#include <deque>
+#include <istream>
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+#include "common/ZQExport.h"
+#include "common/ZQName.h"
+#include "common/ZQNamespaceManager.h"
+#include "common/ZQXmlParser.h"
+
+namespace ZQCommonNS {
+
+/// One attribute of the current start tag.
+struct ZQXmlAttribute {
+  ZQName prefix;
+  ZQName localName;
+  /// Namespace the prefix resolved to; the xmlns namespace for declarations.
+  ZQName namespaceUri;
+  UnicodeString value;
+};
+
+/// Entity name to replacement text (or, in the external tables, system identifier).
+typedef std::unordered_map<ZQName, UnicodeString> ZQXmlEntityMap;
+
+/// The four entity tables of a parser and the mark that the MathML set is in them; the
+/// record that saveEntityMaps copies.
+struct ZQXmlEntityMaps {
+  ZQXmlEntityMap generalEntities;
+  ZQXmlEntityMap parameterEntities;
+  ZQXmlEntityMap externalGeneralEntities;
+  ZQXmlEntityMap externalParameterEntities;
+  bool mathmlEntitiesAdded = false;
+};
+
+/// The text of an input error of the parser by its code; a and b are the arguments.
+ZQCOMMON_API UnicodeString formatXmlParserMessage(unsigned short code, const UnicodeString& a,
+                                                  const UnicodeString& b);
+
+class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
+  ZQ_DECLARE_TYPE(ZQXmlParserImpl, ZQXmlParser)
+
+ public:
+  /// Marks end of input in the character stream, and an empty pushback slot.
+  static constexpr UChar32 END_OF_INPUT = 65535;
+
+  /// What peekToken saw ahead of the current event.
+  enum PendingToken {
+    TOKEN_NONE = 0,
+    TOKEN_STOP = 1,  ///< an error is being reported, or was thrown
+    TOKEN_EMPTY_ELEMENT = 2,
+    TOKEN_START_TAG = 3,
+    TOKEN_END_TAG = 4,
+    TOKEN_TEXT = 5,
+    TOKEN_REFERENCE = 6,
+    TOKEN_PI = 7,
+    TOKEN_DECLARATION = 8,
+    TOKEN_END_OF_INPUT = 9,
+  };
+
+  /// How bytes become code points.
+  enum EncodingKind {
+    ENCODING_NONE = 0,
+    ENCODING_UTF8 = 1,
+    ENCODING_UTF16 = 2,
+    ENCODING_UTF16LE = 3,
+    ENCODING_UTF16BE = 4,
+    ENCODING_UTF32 = 5,
+    ENCODING_UTF32LE = 6,
+    ENCODING_UTF32BE = 7,
+    ENCODING_ASCII = 8,
+    ENCODING_LATIN1 = 9,
+    ENCODING_ISO8859_2 = 10,  ///< up to part 9 at 17, then parts 10, 11, 13 to 16 at 18 to 23
+    ENCODING_ISO8859_16 = 23,
+  };
+
+  /// What pushStream and readLiteral save and restore around an inner input.
+  struct InputState {
+    std::istream* stream = nullptr;
+    std::istream* baseStream = nullptr;
+    bool stringInput = false;
+    bool bomSeen = false;
+    bool topLevelSeen = false;
+    int encodingKind = ENCODING_NONE;
+    UnicodeString encodingName;
+    ZQName parserType;
+    ZQName settledType;
+    UnicodeString inputUri;
+    UnicodeString baseUri;
+    int baseDepth = 0;
+    int lineNumber = -1;
+    int columnNumber = -1;
+    UChar32 pushedChar = END_OF_INPUT;
+    UnicodeString pushedText;
+    int pushedTextPos = 0;
+  };
+
+  ZQXmlParserImpl();
+  ~ZQXmlParserImpl() override;
+
+  using ZQXmlParser::setInput;
+
+  void setFeature(Feature feature, bool value) override;
+  bool getFeature(Feature feature) override;
+  void setStreamType(const ZQUri::ContentInfo* info, const UnicodeString& extension) override;
+  void setCallbackError(ErrorCallback fn, void* data) override;
+  void setInput(ZQUri& uri, const UnicodeString& encoding, const UnicodeString& base) override = 0;
+  void setInput(std::istream& stream, const UnicodeString& encoding,
+                const UnicodeString& base) override = 0;
+  UnicodeString getInputUri() override;
+  void closeStream() override;
+  UnicodeString getInputEncoding() override;
+  void defineEntityReplacementText(ZQName entity, const UnicodeString& value) override;
+  int getNamespaceCount(int depth) override;
+  ZQName getNamespacePrefix(int pos) override;
+  ZQName getNamespaceUri(int pos) override;
+  ZQName getNamespace() override;
+  ZQName getNamespace(ZQName prefix) override;
+  int getDepth() override;
+  UnicodeString getPositionDescription() override;
+  int getLineNumber() override;
+  int getColumnNumber() override;
+  bool isWhitespace() override;
+  UnicodeString getText() override;
+  ZQName getTarget() override;
+  bool hasXmlDecl() override;
+  ZQName getName() override;
+  ZQName getPrefix() override;
+  bool isEmptyElementTag() override;
+  int getAttributeCount() override;
+  ZQName getAttributeNamespace(int index) override;
+  ZQName getAttributeName(int index) override;
+  ZQName getAttributePrefix(int index) override;
+  UnicodeString getAttributeValue(ZQName ns, ZQName name) override;
+  UnicodeString getAttributeValue(int index) override;
+  EventType getEventType() override;
+  EventType next() override = 0;
+  EventType nextToken() override = 0;
+  UnicodeString getBaseUri() override;
+  void pushStream(const UnicodeString& uri, ZQName parseType,
+                  const UnicodeString& encoding) override = 0;
+  void throwError(unsigned short code, const UnicodeString& a, const UnicodeString& b) override;
+  bool popError(ZQError& error) override;
+  void pushError(const ZQError& error) override;
+  void addMathMLEntities() override = 0;
+  const void* saveEntityMaps() const override;
+  void recoverEntityMaps(const void*& data) override;
+  void rewind() override = 0;
+  void setAutoClose(bool autoClose) override;
+  bool isXML() override;
+  bool isHTMLSyntax() override;
+  bool isXHTMLSyntax() override;
+  void setParserType(ZQName type, ZQName defaultType) override;
+  void setHtmlDefaultCharset(const UnicodeString& charset) override;
+  UnicodeString getLanguage() override;
+  UnicodeString getPubidLiteral() override;
+  UnicodeString getExternalDTD() override;
+
+ protected:
+  /// Clears the state of a document; the features, the parser type, the callback and the
+  /// stream type stay.
+  void resetParser();
+  /// Leaves an inner input: frees its streams and restores the state saved for it.
+  void popStream();
+  /// Value of an entity, internal table first; for an external one its system identifier.
+  /// An unknown entity gives the bogus string, or the empty one when undefined entities
+  /// are ignored.
+  UnicodeString lookupEntity(ZQName name, bool parameter) const;
+  /// Text of the current event as the scanner left it in the buffer.
+  UnicodeString eventText() const;
+  /// Records the settled document type.
+  void settleType(ZQName type) { m_settledType = type; }
+
+  // ---- Input and decoding ----
+  std::istream* m_stream = nullptr;      ///< the converter stream when one is installed
+  std::istream* m_baseStream = nullptr;  ///< the stream under the converter
+  bool m_ownsStream = false;
+  bool m_stringInput = false;
+  int m_baseDepth = 0;
+  int m_lineNumber = -1;
+  int m_columnNumber = -1;
+  UnicodeString m_inputUri;
+  UnicodeString m_baseUri;
+  UChar32 m_pushedChar = END_OF_INPUT;
+  UnicodeString m_pushedText;
+  int m_pushedTextPos = 0;
+  UChar32 m_pendingDecoded = END_OF_INPUT;
+  bool m_xml11 = false;
+  int m_encodingKind = ENCODING_NONE;
+  UnicodeString m_encodingName;
+  bool m_bomSeen = false;
+  std::vector<InputState> m_inputStack;
+
+  // ---- Scanner ----
+  EventType m_eventType = START_DOCUMENT;
+  int m_pendingToken = TOKEN_NONE;
+  bool m_hasXmlDecl = false;
+  bool m_hasDoctype = false;
+  bool m_rootSeen = false;
+  bool m_topLevelSeen = false;
+  ZQName m_rootNamespace;
+  ZQName m_rootName;
+  UnicodeString m_textBuffer;
+  int m_textStart = 0;
+  UnicodeString m_cachedText;  ///< bogus until getText builds it
+  ZQPtr<ZQNamespaceManager> m_namespaces;
+  std::vector<ZQXmlAttribute> m_attributes;
+  ZQName m_entityName;  ///< 0 at a character reference
+  ZQName m_target;
+  std::deque<ZQError> m_errorQueue;
+  ErrorCallback m_errorCallback = nullptr;
+  void* m_errorCallbackData = nullptr;
+
+  // ---- Entities and DOCTYPE ----
+  ZQXmlEntityMaps m_entities;
+  std::unique_ptr<ZQXmlEntityMaps> m_savedEntityMaps;
+  ZQName m_htmlEntitiesAdded;  ///< `html` once the HTML set is in, else 0
+  bool m_xhtmlEntitiesAdded = false;
+  ZQName m_doctypeName;  ///< lower case
+  UnicodeString m_publicId;
+  UnicodeString m_systemId;
+
+  // ---- Document type (XML, HTML, XHTML, text) ----
+  ZQName m_parserType;
+  ZQName m_settledType;
+  ZQName m_defaultType;
+  UnicodeString m_streamMediaType;  ///< lower case
+  UnicodeString m_streamExtension;  ///< lower case, dot included
+  UnicodeString m_metaMediaType;
+
+  // ---- Settings and what the fetch or the document told ----
+  bool m_features[FEATURE_COUNT] = {};
+  bool m_autoClose = true;
+  UnicodeString m_htmlDefaultCharset;
+  UnicodeString m_language;
+};
+
+}  // namespace ZQCommonNS
