@@ -68,6 +68,13 @@ TEST(FormatNumberEdge, PrefixAndSuffixStayAroundTheToken) {
   EXPECT_EQ(F(5, u"a)"), "e)");
 }
 
+TEST(FormatNumberEdge, LaterTokensStayInTheSuffix) {
+  EXPECT_EQ(F(5, u"1.a"), "5.a");
+  EXPECT_EQ(F(4, u"i-1"), "iv-1");
+  EXPECT_EQ(F(5, u"#01/1"), "#05/1");
+  EXPECT_EQ(F(3, u"[A] (i)"), "[C] (i)");
+}
+
 TEST(FormatNumberEdge, ZeroPaddedWidthAndGrouping) {
   EXPECT_EQ(F(5, u"001"), "005");
   EXPECT_EQ(F(1234, u"001", u",", 3), "1,234");
@@ -712,6 +719,23 @@ TEST(FormatNumberGrouping, CountsUnitsFromTheRightWithoutLookingAtThem) {
   EXPECT_EQ(utf8(util::groupDigits(u"1234", u",", -2)), "1234");
   EXPECT_EQ(F(-123456, u"1", u",", 3), "-,123,456");
   EXPECT_EQ(F(LLONG_MIN, u"", u" ", 3), "-9 223 372 036 854 775 808");
+}
+
+TEST(FormatNumberGrouping, OnlyDecimalAndDigitReplacementsAreGrouped) {
+  const UnicodeString cycle(u"\u7532\u5B50");
+  EXPECT_EQ(F(11, cycle, u",", 1), cps({0x7532, 0x620D}));
+  EXPECT_EQ(F(61, cycle, u",", 1), "6,1");
+  // The second reading's own results stand ungrouped; its decimal rule is grouped.
+  EXPECT_EQ(F(3, u"**", u",", 1), "***");
+  EXPECT_EQ(F(1000, u"**", u",", 1), "1,0,0,0");
+  EXPECT_EQ(F(7, u"ab", u",", 1), "aaa");
+  EXPECT_EQ(F(3, u"*+", u",", 1), "**");
+  EXPECT_EQ(F(3, u"*", u",", 1), "3");
+  EXPECT_EQ(F(1234, u"*", u",", 2), "12,34");
+  EXPECT_EQ(F(12, one(0x2460), u",", 1), cps({0x246B}));
+  EXPECT_EQ(F(21, one(0x2460), u",", 1), "2,1");
+  // The sign is a unit like any other: it is grouped too.
+  EXPECT_EQ(F(-21, u"**", u"--", 1), "**---2--1");
 }
 
 // ---- The second reading and the alphabetic rule ----

@@ -208,6 +208,8 @@ TEST(FormatNumberXslt, RomanAt4000DiffersOnPurpose) {
   EXPECT_EQ(ours(4000, {"i", ",", 1}), "4,0,0,0");
   EXPECT_EQ(at("I", ""), "MMMM");
   EXPECT_EQ(ours(4000, {"I", "", 0}), "M\u2181");
+  EXPECT_EQ(at("I", ","), "MMMM");
+  EXPECT_EQ(ours(4000, {"I", ",", 3}), "M\u2181");
   EXPECT_EQ(at("[I]", ""), "[MMMM]");
   EXPECT_EQ(ours(4000, {"[I]", "", 0}), "[M\u2181]");
 }
