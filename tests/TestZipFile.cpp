@@ -1007,6 +1007,18 @@ TEST(ZipFile, FileThatDoesNotOpenGivesNoEntries) {
   EXPECT_EQ(zip.getFileEntryCount(), 0u);
 }
 
+TEST(ZipFile, StreamWithoutABufferGivesNoEntries) {
+  std::istream none(nullptr);
+  ZQZipFile zip;
+  zip.open(&none, false);
+  EXPECT_EQ(zip.getFileEntryCount(), 0u);
+  EXPECT_FALSE(ZQZipFile::isZipFile(&none));
+  // A record read from it has zero fields and no data.
+  ZQZipFileEntry entry(&none);
+  EXPECT_EQ(entry.getSignature(), 0u);
+  EXPECT_EQ(contentOf(ZQPtr<ZQZipFileEntry>(new ZQZipFileEntry(&none))), "");
+}
+
 TEST(ZipFile, OpenAgainReplacesStreamAndEntries) {
   ZipBuilder a;
   a.add({.name = "a1", .content = "1"});

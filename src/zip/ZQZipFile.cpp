@@ -174,7 +174,8 @@ void ZQZipFile::addEntry(const ZQPtr<ZQZipFileEntry>& entry) {
 void ZQZipFile::init() {
   entries.clear();
   entryMap.clear();
-  if (!stream) return;
+  // A stream with no buffer behind it holds nothing to read.
+  if (!stream || !stream->rdbuf()) return;
 
   std::vector<ZQPtr<ZQZipDirectoryEntry>> directory;
   std::streamoff endRecord = findEndRecord(stream);
