@@ -4,6 +4,7 @@
 #include <unicode/ucnv.h>
 #include <zlib.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <fstream>
 #include <memory>
@@ -175,6 +176,44 @@ class OneByteBuf : public std::streambuf {
  private:
   std::string m_data;
   size_t m_pos = 0;
+};
+
+// A stream buffer over bytes in memory that hands them out 512 at a time and counts how many
+// it has handed out, so a test can tell how much of an archive was read.
+class CountingBuf : public std::streambuf {
+ public:
+  explicit CountingBuf(std::string data) : m_data(std::move(data)) {}
+  size_t served() const { return m_served; }
+
+ protected:
+  int_type underflow() override {
+    if (gptr() < egptr()) return traits_type::to_int_type(*gptr());
+    size_t at = position();
+    if (at >= m_data.size()) return traits_type::eof();
+    size_t n = std::min<size_t>(512, m_data.size() - at);
+    char* base = m_data.data() + at;
+    setg(base, base, base + n);
+    m_served += n;
+    return traits_type::to_int_type(*base);
+  }
+  pos_type seekoff(off_type off, std::ios_base::seekdir way, std::ios_base::openmode) override {
+    off_type base = way == std::ios_base::beg   ? 0
+                    : way == std::ios_base::cur ? off_type(position())
+                                                : off_type(m_data.size());
+    return seekpos(base + off, std::ios_base::in);
+  }
+  pos_type seekpos(pos_type pos, std::ios_base::openmode) override {
+    off_type p = pos;
+    if (p < 0 || p > off_type(m_data.size())) return pos_type(off_type(-1));
+    char* at = m_data.data() + p;
+    setg(at, at, at);
+    return pos;
+  }
+
+ private:
+  size_t position() const { return eback() ? static_cast<size_t>(gptr() - m_data.data()) : 0; }
+  std::string m_data;
+  size_t m_served = 0;
 };
 
 // ---- fixtures from Python's zipfile and Info-ZIP zip --------------------------------------
@@ -436,6 +475,24 @@ TEST(ZipFile, TheEndRecordMustBeginWithinTheLast320Bytes) {
   EXPECT_EQ(missed.zip.getFileEntry(0u)->getCRC32(), crcOf("aaa"));
 }
 
+TEST(ZipFile, AShortFileIsSearchedFromItsFirstByte) {
+  // 103 bytes, not a multiple of 32: the end record at byte 0 lies within the last 320 bytes
+  // and is found, though no step of 32 starts exactly there. Its directory follows it.
+  std::string local = "PK\3\4" + le16(20) + le16(0) + le16(0) + le16(0) + le16(0) +
+                      le32(crcOf("aaa")) + le32(3) + le32(3) + le16(1) + le16(0) + "a" + "aaa";
+  std::string record = "PK\1\2" + le16(20) + le16(20) + le16(0) + le16(0) + le16(0) + le16(0) +
+                       le32(kMark) + le32(3) + le32(3) + le16(1) + le16(0) + le16(0) + le16(0) +
+                       le16(0) + le32(0) + le32(22 + 47) + "a";
+  std::string end =
+      "PK\5\6" + le16(0) + le16(0) + le16(1) + le16(1) + le32(47) + le32(22) + le16(0);
+  std::string zip = end + record + local;
+  ASSERT_EQ(zip.size(), 103u);
+  MemZip m(zip);
+  ASSERT_EQ(m.zip.getFileEntryCount(), 1u);
+  EXPECT_EQ(m.zip.getFileEntry(0u)->getCRC32(), kMark);
+  EXPECT_EQ(contentOf(m.zip.getFileEntry(u("a"))), "aaa");
+}
+
 TEST(ZipFile, TheFirstEndSignatureInTheSearchedRangeWins) {
   ZipBuilder b;
   b.add({.name = "a", .content = "aaa"});
@@ -501,6 +558,49 @@ TEST(ZipFile, DirectorySizesWinOverZerosInTheLocalHeader) {
   EXPECT_EQ(contentOf(m.zip.getFileEntry(u("a"))), "first");
   EXPECT_EQ(contentOf(m.zip.getFileEntry(u("b"))), "second one");
   EXPECT_EQ(contentOf(m.zip.getFileEntry(u("c"))), "third");
+}
+
+TEST(ZipFile, ALocalHeaderOffsetPastTheEndSpoilsOnlyItsOwnEntry) {
+  ZipBuilder b;
+  b.add({.name = "a", .content = "alpha"});
+  b.add({.name = "b", .content = "beta", .method = 8});
+  std::string zip = b.finish();
+  size_t dir = zip.find("PK\1\2");
+  zip.replace(dir + 42, 4, le32(0x7FFFFFF0u));
+  ScratchDir files;
+  streamtest::writeFile(files.file("far.zip"), zip);
+  MemZip inMemory(zip);
+  ZQZipFile onDisk;
+  onDisk.open(files.file("far.zip").c_str());
+  for (const ZQZipFile* z : {&inMemory.zip, &onDisk}) {
+    ASSERT_EQ(z->getFileEntryCount(), 2u);
+    // Nothing is there: zero fields and an empty name, then the directory's sizes.
+    ZQPtr<ZQZipFileEntry> far = z->getFileEntry(0u);
+    EXPECT_EQ(far->getSignature(), 0u);
+    EXPECT_TRUE(far->getFileName().isEmpty());
+    EXPECT_EQ(far->getUncompressedSize(), 5u);
+    EXPECT_EQ(contentOf(far), "");
+    // The failed read doesn't stop the next entry from being found where it is.
+    EXPECT_EQ(contentOf(z->getFileEntry(u("b"))), "beta");
+  }
+}
+
+TEST(ZipFile, OpeningThroughTheDirectoryReadsNoEntryData) {
+  // Entries with bit 3 and stored data: the directory gives their sizes, so opening reads the
+  // end, the directory and each local header, and none of the data.
+  ZipBuilder b;
+  std::string first = streamtest::randomBytes(100000, 3);
+  std::string second = streamtest::randomBytes(100000, 4);
+  b.add({.name = "one", .content = first, .descriptor = true});
+  b.add({.name = "two", .content = second, .descriptor = true});
+  CountingBuf buf(b.finish());
+  std::istream in(&buf);
+  ZQZipFile zip;
+  zip.open(&in, false);
+  ASSERT_EQ(zip.getFileEntryCount(), 2u);
+  EXPECT_LT(buf.served(), 8000u);
+  EXPECT_TRUE(contentOf(zip.getFileEntry(u("two"))) == second);
+  EXPECT_GE(buf.served(), 100000u);
 }
 
 TEST(ZipFile, EntryCountOfTheEndRecordIsNotConsulted) {
@@ -883,6 +983,19 @@ TEST(ZipFile, OpenByPathReadsTheFile) {
   EXPECT_EQ(contentOf(narrow.getFileEntry(u("p"))), "by path");
 }
 
+TEST(ZipFile, NarrowPathNamesTheFileByItsOwnBytes) {
+  // A name that isn't UTF-8 still opens through the narrow forms.
+  ScratchDir dir;
+  ZipBuilder b;
+  b.add({.name = "n", .content = "narrow"});
+  std::string path = dir.file("caf\xE9.zip");
+  streamtest::writeFile(path, b.finish());
+  EXPECT_TRUE(ZQZipFile::isZipFile(path.c_str()));
+  ZQZipFile zip;
+  zip.open(path.c_str());
+  EXPECT_EQ(contentOf(zip.getFileEntry(u("n"))), "narrow");
+}
+
 TEST(ZipFile, FileThatDoesNotOpenGivesNoEntries) {
   ScratchDir dir;
   ZQZipFile zip;
@@ -892,6 +1005,18 @@ TEST(ZipFile, FileThatDoesNotOpenGivesNoEntries) {
   EXPECT_EQ(zip.getFileEntryCount(), 0u);
   zip.open(static_cast<std::istream*>(nullptr), false);
   EXPECT_EQ(zip.getFileEntryCount(), 0u);
+}
+
+TEST(ZipFile, StreamWithoutABufferGivesNoEntries) {
+  std::istream none(nullptr);
+  ZQZipFile zip;
+  zip.open(&none, false);
+  EXPECT_EQ(zip.getFileEntryCount(), 0u);
+  EXPECT_FALSE(ZQZipFile::isZipFile(&none));
+  // A record read from it has zero fields and no data.
+  ZQZipFileEntry entry(&none);
+  EXPECT_EQ(entry.getSignature(), 0u);
+  EXPECT_EQ(contentOf(ZQPtr<ZQZipFileEntry>(new ZQZipFileEntry(&none))), "");
 }
 
 TEST(ZipFile, OpenAgainReplacesStreamAndEntries) {

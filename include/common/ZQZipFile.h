@@ -84,17 +84,20 @@ class ZQCOMMON_API ZQZipFileEntry : public ZQZipEntry {
   const UnicodeString& getFileName() const { return fileName; }
   /// The name's bytes as stored in the local header.
   const std::string& getRawFileName() const { return rawFileName; }
+  /// The method number as stored; only DEFLATED is inflated.
   CMETHOD getCompressionMethod() const { return compressionMethod; }
   /// The sizes as finally set: local header, then directory or data descriptor.
   uint32_t getCompressedSize() const { return compressedSize; }
   uint32_t getUncompressedSize() const { return uncompressedSize; }
   /// CRC-32 as recorded; it is never checked.
   uint32_t getCRC32() const { return crc32; }
+  /// The general-purpose flags and the version needed, as stored.
   unsigned int getFlags() const { return flags; }
   unsigned int getVersionNeeded() const { return versionNeeded; }
   /// DOS time and date, as stored.
   unsigned int getTime() const { return time; }
   unsigned int getDate() const { return date; }
+  /// Lengths of the name and of the extra field, as stored.
   unsigned int getNameLength() const { return nameLength; }
   unsigned int getExtraLength() const { return extraLength; }
   /// Stream position of the first data byte: behind header, name and extra field.
@@ -144,6 +147,7 @@ class ZQCOMMON_API ZQZipDirectoryEntry : public ZQZipEntry {
   explicit ZQZipDirectoryEntry(std::istream* stream);
   ~ZQZipDirectoryEntry() override;
 
+  /// The record's fields, as stored.
   unsigned int getVersionMadeBy() const { return versionMadeBy; }
   unsigned int getVersionNeeded() const { return versionNeeded; }
   unsigned int getFlags() const { return flags; }
@@ -190,6 +194,7 @@ class ZQCOMMON_API ZQZipEndDirectoryEntry : public ZQZipEntry {
   explicit ZQZipEndDirectoryEntry(std::istream* stream);
   ~ZQZipEndDirectoryEntry() override;
 
+  /// The record's fields, as stored.
   unsigned int getDiskNumber() const { return diskNumber; }
   unsigned int getDirectoryDiskNumber() const { return directoryDiskNumber; }
   unsigned int getEntriesOnDisk() const { return entriesOnDisk; }
@@ -215,6 +220,7 @@ class ZQCOMMON_API ZQZipExtheaderEntry : public ZQZipEntry {
   explicit ZQZipExtheaderEntry(std::istream* stream);
   ~ZQZipExtheaderEntry() override;
 
+  /// The descriptor's CRC-32 and sizes, as stored.
   uint32_t getCRC32() const { return crc32; }
   uint32_t getCompressedSize() const { return compressedSize; }
   uint32_t getUncompressedSize() const { return uncompressedSize; }
@@ -240,7 +246,7 @@ class ZQCOMMON_API ZQZipFile {
 
   /// Opens the file at `path` and reads its directory; a file that doesn't open has no entries.
   void open(const UnicodeString& path);
-  /// As above, the path in the default code page.
+  /// As above; the narrow path's own bytes name the file.
   void open(const char* path);
   /// Reads the directory of `stream`, which must be seekable; with `owned` it is deleted later.
   void open(std::istream* stream, bool owned);
@@ -254,6 +260,7 @@ class ZQCOMMON_API ZQZipFile {
 
   /// True when the file begins with a local header, a directory record or an end record.
   static bool isZipFile(const UnicodeString& path);
+  /// As above; the narrow path's own bytes name the file.
   static bool isZipFile(const char* path);
   /// The same test on the next four bytes of `stream`, whose position doesn't move.
   static bool isZipFile(std::istream* stream);

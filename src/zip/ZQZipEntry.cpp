@@ -176,7 +176,7 @@ void ZQZipFileEntry::readCompressedData() {
   if (compressedDataLoaded) return;
   compressedDataLoaded = true;
   std::streamoff start = getDataOffset();
-  if (!stream || start < 0 || compressedSize == 0) return;
+  if (!stream || !stream->rdbuf() || start < 0 || compressedSize == 0) return;
   // A scan leaves the stream at its end with the fail bit set.
   stream->clear();
   // Never allocate more than the stream holds: a damaged header may claim gigabytes.

@@ -28,6 +28,14 @@ std::istream* openFile(const UnicodeString& path) {
   return new platform::FileReadStream(platform::nativePath(told));
 }
 
+// A narrow path names the file by its own bytes, kept by ZQCStr, so a name that isn't valid in
+// the default code page still opens.
+std::istream* openFile(const char* path) {
+  ZQCStr told(path);
+  const char* bytes = told.toNarrow();
+  return new platform::FileReadStream(platform::nativePath(bytes ? bytes : ""));
+}
+
 bool isZipSignature(unsigned int signature) {
   return signature == ZQZipEntry::DIRECTORY_SIGNATURE ||
          signature == ZQZipEntry::LOCAL_HEADER_SIGNATURE ||
@@ -121,7 +129,7 @@ void ZQZipFile::open(const UnicodeString& path) {
 
 void ZQZipFile::open(const char* path) {
   dropStream();
-  stream = openFile(path ? UnicodeString(ZQCStr(path)) : UnicodeString());
+  stream = openFile(path);
   ownsStream = true;
   init();
 }
@@ -148,8 +156,8 @@ bool ZQZipFile::isZipFile(const UnicodeString& path) {
 }
 
 bool ZQZipFile::isZipFile(const char* path) {
-  if (!path) return false;
-  return isZipFile(UnicodeString(ZQCStr(path)));
+  std::unique_ptr<std::istream> in(openFile(path));
+  return isZipSignature(ZQZipEntry::read32(in.get()));
 }
 
 bool ZQZipFile::isZipFile(std::istream* in) { return isZipSignature(ZQZipEntry::getSignature(in)); }
@@ -166,7 +174,8 @@ void ZQZipFile::addEntry(const ZQPtr<ZQZipFileEntry>& entry) {
 void ZQZipFile::init() {
   entries.clear();
   entryMap.clear();
-  if (!stream) return;
+  // A stream with no buffer behind it holds nothing to read.
+  if (!stream || !stream->rdbuf()) return;
 
   std::vector<ZQPtr<ZQZipDirectoryEntry>> directory;
   std::streamoff endRecord = findEndRecord(stream);
