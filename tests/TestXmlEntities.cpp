@@ -4,6 +4,7 @@
 #include "XmlParserTestSupport.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <map>
 #include <memory>
 #include <set>
@@ -204,6 +205,41 @@ TEST(XmlEntities, ListsFromManyThreadsAreTheSameObjects) {
     // The five predefined names are among the 2125.
     EXPECT_EQ(added[t], 2125u) << t;
   }
+}
+
+TEST(XmlEntities, FirstBuildFromManyThreadsGivesOneListPerSet) {
+  // A fresh process of this test binary, where no list has been built yet, so the threads
+  // race for the first build.
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      {
+        constexpr int kThreads = 6;
+        std::vector<const ZQXmlEntityList*> seen(kThreads);
+        std::vector<std::thread> threads;
+        for (int t = 0; t < kThreads; ++t)
+          threads.emplace_back([t, &seen] { seen[t] = &ZQXmlEntitySets::getList(t % 3); });
+        for (auto& thread : threads) thread.join();
+        bool same = true;
+        for (int t = 0; t < kThreads; ++t)
+          same = same && seen[t] == &ZQXmlEntitySets::getList(t % 3);
+        bool sizes = ZQXmlEntitySets::getList(0).size() == 2088u &&
+                     ZQXmlEntitySets::getList(1).size() == 2125u &&
+                     ZQXmlEntitySets::getList(2).size() == 253u;
+        std::exit(same && sizes ? 0 : 1);
+      },
+      ::testing::ExitedWithCode(0), "");
+}
+
+TEST(XmlEntities, CompiledTablesMatchTheDataFiles) {
+  std::string command =
+      std::string("python3 '") + ZQ_SOURCE_DIR + "/tools/gen_entities/gen_entities.py' check 2>&1";
+  FILE* pipe = popen(command.c_str(), "r");
+  ASSERT_NE(pipe, nullptr);
+  std::string text;
+  char buffer[512];
+  size_t n;
+  while ((n = fread(buffer, 1, sizeof buffer, pipe)) > 0) text.append(buffer, n);
+  EXPECT_EQ(pclose(pipe), 0) << text;
 }
 
 TEST(XmlEntities, MathmlSetIsAddedOnceAndMarked) {
