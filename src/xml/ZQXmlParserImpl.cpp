@@ -6,6 +6,7 @@
 
 #include <string>
 
+#include "common/ZQLock.h"
 #include "common/ZQString.h"
 #include "core/ZQCommonError.h"
 
@@ -299,6 +300,36 @@ UnicodeString ZQXmlParserImpl::lookupEntity(ZQName name, bool parameter) const {
   if (it != external.end()) return it->second;
   if (m_features[FEATURE_IGNORE_UNDEFINED_ENTITIES]) return UnicodeString();
   return ZQBogusString::BOGUS_VALUE;
+}
+
+void ZQXmlParserImpl::addEntitySet(const ZQXmlEntityList& list) {
+  ZQMutex guard;
+  ZQXmlEntityMap& general = m_entities.generalEntities;
+  const ZQXmlEntityMap& external = m_entities.externalGeneralEntities;
+  for (const auto& row : list) {
+    if (row.first.isEmpty()) continue;
+    ZQName name(row.first);
+    if (name.isEmpty() || general.count(name) != 0 || external.count(name) != 0) continue;
+    general.emplace(name, row.second);
+  }
+}
+
+void ZQXmlParserImpl::addMathMLEntities() {
+  if (m_entities.mathmlEntitiesAdded) return;
+  addEntitySet(ZQXmlEntitySets::getList(ZQXmlEntitySets::SET_MATHML));
+  m_entities.mathmlEntitiesAdded = true;
+}
+
+void ZQXmlParserImpl::addHtmlEntities() {
+  if (m_htmlEntitiesAdded == ZQN_html) return;
+  m_htmlEntitiesAdded = ZQN_html;
+  addEntitySet(ZQXmlEntitySets::getList(ZQXmlEntitySets::SET_HTML));
+}
+
+void ZQXmlParserImpl::addXhtmlEntities() {
+  if (m_xhtmlEntitiesAdded) return;
+  m_xhtmlEntitiesAdded = true;
+  addEntitySet(ZQXmlEntitySets::getList(ZQXmlEntitySets::SET_XHTML));
 }
 
 UnicodeString ZQXmlParserImpl::eventText() const {

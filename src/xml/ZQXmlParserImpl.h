@@ -12,6 +12,7 @@
 #include "common/ZQName.h"
 #include "common/ZQNamespaceManager.h"
 #include "common/ZQXmlParser.h"
+#include "xml/ZQXmlEntities.h"
 
 namespace ZQCommonNS {
 
@@ -146,7 +147,8 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   void throwError(unsigned short code, const UnicodeString& a, const UnicodeString& b) override;
   bool popError(ZQError& error) override;
   void pushError(const ZQError& error) override;
-  void addMathMLEntities() override = 0;
+  /// Adds the MathML set once; the mark goes with the tables.
+  void addMathMLEntities() override;
   const void* saveEntityMaps() const override;
   void recoverEntityMaps(const void*& data) override;
   void rewind() override = 0;
@@ -170,6 +172,13 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   /// An unknown entity gives the bogus string, or the empty one when undefined entities
   /// are ignored.
   UnicodeString lookupEntity(ZQName name, bool parameter) const;
+  /// Adds a built-in set to the general entities under the library lock. A name the
+  /// document declared, internal or external, keeps its declaration.
+  void addEntitySet(const ZQXmlEntityList& list);
+  /// Adds the HTML set once per document.
+  void addHtmlEntities();
+  /// Adds the XHTML set once per document.
+  void addXhtmlEntities();
   /// Text of the current event as the scanner left it in the buffer.
   UnicodeString eventText() const;
   /// Records the settled document type.
