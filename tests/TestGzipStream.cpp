@@ -461,6 +461,81 @@ TEST(ZQGzipOStream, WriteAfterFlushDoesNotReachTheTarget) {
   EXPECT_EQ(byTool, "kept");
 }
 
+namespace {
+
+/// Keeps what is written, the size of each write, and how often it was asked to sync.
+class RecordingBuf : public std::streambuf {
+ public:
+  std::string data;
+  std::vector<std::streamsize> writes;
+  int syncs = 0;
+
+ protected:
+  std::streamsize xsputn(const char* s, std::streamsize n) override {
+    writes.push_back(n);
+    data.append(s, static_cast<size_t>(n));
+    return n;
+  }
+  int_type overflow(int_type ch) override {
+    if (traits_type::eq_int_type(ch, traits_type::eof())) return traits_type::not_eof(ch);
+    char c = traits_type::to_char_type(ch);
+    return xsputn(&c, 1) == 1 ? ch : traits_type::eof();
+  }
+  int sync() override {
+    ++syncs;
+    return 0;
+  }
+};
+
+std::string gunzip(const std::string& member) {
+  std::istringstream source(member);
+  ZQGzipIStream in(source);
+  return readAll(in);
+}
+
+}  // namespace
+
+TEST(ZQGzipOStream, CompressedBytesGoToTheTargetIn4096BytePieces) {
+  std::string text = streamtest::randomBytes(30000, 71);  // hardly compresses: many pieces
+  RecordingBuf sink;
+  std::ostream target(&sink);
+  {
+    ZQGzipOStream out(target);
+    out.write(text.data(), static_cast<std::streamsize>(text.size()));
+  }
+  ASSERT_GE(sink.writes.size(), 3u);
+  for (size_t i = 0; i + 1 < sink.writes.size(); ++i) EXPECT_EQ(sink.writes[i], 4096) << i;
+  EXPECT_LE(sink.writes.back(), 4096);
+  EXPECT_EQ(gunzip(sink.data), text);
+}
+
+TEST(ZQGzipOStream, EndingTheMemberDoesNotFlushTheTarget) {
+  RecordingBuf sink;
+  std::ostream target(&sink);
+  {
+    ZQGzipOStream out(target);
+    out << "member";
+    out.flush();
+  }
+  EXPECT_EQ(sink.syncs, 0);
+  EXPECT_EQ(gunzip(sink.data), "member");
+
+  // So a gzip stream can be the target of another and go on after the inner member ends.
+  std::ostringstream packed;
+  {
+    ZQGzipOStream outer(packed);
+    {
+      ZQGzipOStream inner(static_cast<std::ostream&>(outer));
+      inner << "inner";
+    }
+    outer << "|outer";
+  }
+  std::string decoded = gunzip(packed.str());
+  ASSERT_GT(decoded.size(), 6u);
+  EXPECT_EQ(decoded.substr(decoded.size() - 6), "|outer");
+  EXPECT_EQ(gunzip(decoded.substr(0, decoded.size() - 6)), "inner");
+}
+
 TEST(ZQGzipOStream, OwnedFileIsWrittenAndClosed) {
   ScratchDir dir;
   std::string path = dir.file("owned.gz");

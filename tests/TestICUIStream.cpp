@@ -149,3 +149,37 @@ TEST(ZQICUIStream, EightBytesAreKeptForPutBack) {
   in.read(back.data(), 8);
   EXPECT_EQ(decodeBytes(back), UnicodeString(u"qqqL"));
 }
+
+TEST(ZQICUIStream, FillThatMakesMoreUnitsThanTheAreaHoldsLosesNothing) {
+  // The first read ends inside a four-byte character; the second completes it (two units)
+  // and adds 4095 one-unit characters: 4097 units from one read of 4096 bytes.
+  std::string utf8(4093, 'a');
+  utf8 += "\xf0\x9f\x98\x80";
+  utf8 += std::string(4095, 'b');
+  utf8 += "\xf0\x9f\x98\x80";
+  utf8 += std::string(5000, 'c');
+  for (size_t chunk : {1u, 2u, 1001u, 8192u}) {
+    std::istringstream source(utf8);
+    ZQICUIStream in(&source, "UTF-8");
+    std::string bytes;
+    std::string buf(chunk, '\0');
+    while (in.read(buf.data(), static_cast<std::streamsize>(chunk)) || in.gcount() > 0) {
+      bytes.append(buf.data(), static_cast<size_t>(in.gcount()));
+    }
+    EXPECT_EQ(decodeBytes(bytes), UnicodeString::fromUTF8(utf8)) << chunk;
+  }
+}
+
+TEST(ZQICUIStream, CharacterCutAtTheEndOfASourceOfWholeReadsStillComesOut) {
+  // 4096 bytes: the one read doesn't meet the end, so the cut character is still held in the
+  // converter when the next read finds nothing.
+  std::string utf8(4094, 'x');
+  utf8 += "\xe2\x82";
+  std::istringstream source(utf8);
+  ZQICUIStream in(&source, "UTF-8");
+  UnicodeString got = decodeBytes(readAll(in));
+  ASSERT_EQ(got.length(), 4095);
+  EXPECT_EQ(got.charAt(4093), u'x');
+  EXPECT_EQ(got.charAt(4094), 0xFFFD);
+  EXPECT_FALSE(in.is_open());
+}

@@ -8,9 +8,12 @@
 #include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <functional>
 #include <regex>
+#include <set>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "StreamTestSupport.h"
@@ -76,6 +79,27 @@ class ScriptedFileSystem : public tempfile::FileSystem {
   }
 };
 
+/// Stands in for the wait between removal tries: records each wait instead of sleeping, and
+/// can act at the n-th one, as another process would meanwhile.
+struct RecordedWaits {
+  static inline std::vector<unsigned> waits;
+  static inline int actAt = 0;
+  static inline std::function<void()> action;
+
+  tempfile::WaitFunction previous;
+  RecordedWaits() {
+    waits.clear();
+    actAt = 0;
+    action = nullptr;
+    previous = tempfile::setRemoveWait(&record);
+  }
+  ~RecordedWaits() { tempfile::setRemoveWait(previous); }
+  static void record(unsigned milliseconds) {
+    waits.push_back(milliseconds);
+    if (action && static_cast<int>(waits.size()) == actAt) action();
+  }
+};
+
 }  // namespace
 
 // ---- Names ----
@@ -105,6 +129,24 @@ TEST(ZQTempFile, StringFormUsesPidAndASequenceThatGoesUpByOne) {
   ASSERT_TRUE(std::regex_match(sb, mb, form)) << sb;
   EXPECT_EQ(std::stoul(mb[1].str(), nullptr, 16), std::stoul(ma[1].str(), nullptr, 16) + 1);
   EXPECT_FALSE(fileExists(sa));
+}
+
+TEST(ZQTempFile, ThreadsNamingAtOnceGetDistinctNames) {
+  constexpr int kThreads = 4, kEach = 300;
+  std::vector<std::vector<std::string>> names(kThreads);
+  std::vector<std::thread> threads;
+  for (int t = 0; t < kThreads; ++t) {
+    threads.emplace_back([&names, t] {
+      for (int i = 0; i < kEach; ++i) {
+        names[t].push_back(s8(ZQTempFile::getTempFileEx(u"/x/", u"t", u"", false)));
+        names[t].push_back(s8(ZQTempFile::getTempFileEx("/x/", "t", "", false)));
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  std::set<std::string> all;
+  for (const auto& list : names) all.insert(list.begin(), list.end());
+  EXPECT_EQ(all.size(), static_cast<size_t>(kThreads * kEach * 2));
 }
 
 TEST(ZQTempFile, DirectoryIsAPlainPrefixWithoutSeparator) {
@@ -299,10 +341,10 @@ TEST(ZQTempFile, RemoveTwiceDoesNotRaise) {
 
 TEST(ZQTempFile, RemoveTempFileOnAMissingFileIsTrueAtOnce) {
   ScratchDir dir;
-  auto start = std::chrono::steady_clock::now();
+  RecordedWaits recorded;
   EXPECT_TRUE(ZQTempFile::removeTempFile(dir.file("none").c_str()));
   EXPECT_TRUE(ZQTempFile::removeTempFile(UnicodeString::fromUTF8(dir.file("none"))));
-  EXPECT_LT(secondsSince(start), 0.9) << "no waiting";
+  EXPECT_TRUE(RecordedWaits::waits.empty()) << "no waiting";
 }
 
 TEST(ZQTempFile, RemoveTempFileDeletesAFileNobodyHolds) {
@@ -340,10 +382,38 @@ TEST(ZQTempFile, FileHeldThroughTenTriesIsNotRemoved) {
   writeFile(path, "held");
   streamtest::LockHolder holder(path, 30000);
   ASSERT_TRUE(holder.locked());
-  auto start = std::chrono::steady_clock::now();
+  RecordedWaits recorded;
   EXPECT_FALSE(ZQTempFile::removeTempFile(path.c_str()));
-  EXPECT_GE(secondsSince(start), 8.5) << "nine waits of a second between ten tries";
+  EXPECT_EQ(RecordedWaits::waits, std::vector<unsigned>(9, 1000u))
+      << "nine waits of a second between ten tries";
   EXPECT_TRUE(fileExists(path));
+}
+
+TEST(ZQTempFile, FileReleasedDuringTheWaitsIsRemovedAtTheNextTry) {
+  ScratchDir dir;
+  std::string path = dir.file("released.txt");
+  writeFile(path, "held for a while");
+  streamtest::LockHolder holder(path, 30000);
+  ASSERT_TRUE(holder.locked());
+  RecordedWaits recorded;
+  RecordedWaits::actAt = 3;
+  RecordedWaits::action = [&holder] { holder.stop(); };
+  EXPECT_TRUE(ZQTempFile::removeTempFile(UnicodeString::fromUTF8(path)));
+  EXPECT_EQ(RecordedWaits::waits.size(), 3u);
+  EXPECT_FALSE(fileExists(path));
+}
+
+TEST(ZQTempFile, FileDeletedByAnotherDuringTheWaitsCountsAsRemoved) {
+  ScratchDir dir;
+  std::string path = dir.file("taken.txt");
+  writeFile(path, "held");
+  streamtest::LockHolder holder(path, 30000);
+  ASSERT_TRUE(holder.locked());
+  RecordedWaits recorded;
+  RecordedWaits::actAt = 2;
+  RecordedWaits::action = [&path] { std::remove(path.c_str()); };
+  EXPECT_TRUE(ZQTempFile::removeTempFile(path.c_str()));
+  EXPECT_EQ(RecordedWaits::waits.size(), 2u) << "no wait after the file is gone";
 }
 
 TEST(ZQTempFile, RemoveOfAHeldFileRaisesCode77) {
@@ -352,6 +422,7 @@ TEST(ZQTempFile, RemoveOfAHeldFileRaisesCode77) {
   writeFile(path, "held");
   streamtest::LockHolder holder(path, 30000);
   ASSERT_TRUE(holder.locked());
+  RecordedWaits recorded;
   ZQTempFile t;
   t.setFileName(path.c_str());
   try {
@@ -363,6 +434,7 @@ TEST(ZQTempFile, RemoveOfAHeldFileRaisesCode77) {
     EXPECT_EQ(s8(e.getRawMessage()),
               "Cannot remove temporary file: " + path + "\n" + std::strerror(EAGAIN));
   }
+  EXPECT_EQ(RecordedWaits::waits.size(), 9u);
   EXPECT_TRUE(fileExists(path));
   holder.stop();
   EXPECT_NO_THROW(t.remove());
@@ -375,6 +447,7 @@ TEST(ZQTempFileDeathTest, DestructorEndsTheProcessWhenRemovalFails) {
   writeFile(path, "held");
   streamtest::LockHolder holder(path, 30000);
   ASSERT_TRUE(holder.locked());
+  RecordedWaits recorded;
   EXPECT_DEATH(
       {
         ZQTempFile t;

@@ -37,11 +37,13 @@ class ZQCOMMON_API ZQICUIStreamBuf : public std::streambuf {
 
  private:
   void closeConverter();
-  size_t convert(const char* input, size_t size, bool flush);
+  size_t convert(bool flush);
 
   std::istream* m_source;
   UConverter* m_converter = nullptr;
-  char* m_input = nullptr;   // INPUT_SIZE bytes
+  char* m_input = nullptr;  // INPUT_SIZE bytes
+  size_t m_inputPos = 0;    // source bytes in m_input not yet taken by the converter
+  size_t m_inputEnd = 0;
   char* m_buffer = nullptr;  // PUTBACK_SIZE + OUTPUT_SIZE bytes
 };
 

@@ -76,8 +76,9 @@ int ZQGzipOStreamBuf::encodeBuffer(int flush) {
     if (flush == Z_NO_FLUSH && zs.avail_in == 0) return 0;
     ret = ::deflate(&zs, flush);
   }
+  // Only this member ends here: the target isn't flushed, so a target that is itself a gzip
+  // stream goes on.
   m_target->write(m_output, static_cast<std::streamsize>(OUTPUT_SIZE - zs.avail_out));
-  m_target->flush();
   deflateEnd(&zs);
   delete m_zstream;
   m_zstream = nullptr;

@@ -34,15 +34,17 @@ void ZQICUIStreamBuf::closeConverter() {
   m_converter = nullptr;
 }
 
-size_t ZQICUIStreamBuf::convert(const char* input, size_t size, bool flush) {
+size_t ZQICUIStreamBuf::convert(bool flush) {
   char16_t* start = reinterpret_cast<char16_t*>(m_buffer + PUTBACK_SIZE);
   char16_t* target = start;
-  const char* source = input;
+  const char* source = m_input + m_inputPos;
   UErrorCode status = U_ZERO_ERROR;
-  // The status isn't looked at: bad bytes come out as substitutes, and units beyond the area
-  // wait in the converter for the next call.
-  ucnv_toUnicode(m_converter, &target, start + OUTPUT_SIZE / 2, &source, input + size, nullptr,
-                 flush, &status);
+  // The status isn't looked at: bad bytes come out as substitutes. A character completed by
+  // bytes held from the last read can make one fill exceed the area; the converter keeps the
+  // units it couldn't place and the bytes it didn't take wait here, both for the next fill.
+  ucnv_toUnicode(m_converter, &target, start + OUTPUT_SIZE / 2, &source, m_input + m_inputEnd,
+                 nullptr, flush, &status);
+  m_inputPos = static_cast<size_t>(source - m_input);
   return static_cast<size_t>(target - start) * 2;
 }
 
@@ -56,22 +58,24 @@ ZQICUIStreamBuf::int_type ZQICUIStreamBuf::underflow() {
   std::memmove(data - keep, gptr() - keep, keep);
 
   for (;;) {
-    size_t count = 0;
-    if (m_source && !m_source->eof()) {
-      m_source->read(m_input, static_cast<std::streamsize>(INPUT_SIZE));
-      count = static_cast<size_t>(m_source->gcount());
+    if (m_inputPos == m_inputEnd) {
+      m_inputPos = m_inputEnd = 0;
+      if (m_source && !m_source->eof()) {
+        m_source->read(m_input, static_cast<std::streamsize>(INPUT_SIZE));
+        m_inputEnd = static_cast<size_t>(m_source->gcount());
+      }
     }
     size_t produced;
-    if (count == 0) {
+    if (m_inputEnd == 0) {
       // At the end: whatever the converter still holds is the last of the text.
-      produced = convert(m_input, 0, true);
+      produced = convert(true);
       if (produced == 0) {
         closeConverter();
         setg(data - keep, data, data);
         return traits_type::eof();
       }
     } else {
-      produced = convert(m_input, count, m_source->eof());
+      produced = convert(m_source->eof());
     }
     // A read that ended inside a character gives nothing yet: read on.
     if (produced != 0) {

@@ -2,6 +2,7 @@
 // retries, and removal that waits while another process still holds the file.
 #include <zlib.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -36,6 +37,10 @@ ZQLock& tempLock() {
   return *lock;
 }
 
+void systemWait(unsigned milliseconds) { platform::sleepMilliseconds(milliseconds); }
+
+std::atomic<tempfile::WaitFunction> s_removeWait{&systemWait};
+
 unsigned int s_sequence = 0;
 bool s_sequenceStarted = false;
 
@@ -68,7 +73,7 @@ UnicodeString systemErrorText(int error) {
 bool removeTempFileText(const std::string& path, int& error) {
   if (!platform::pathAccess(path, 0)) return true;
   for (int attempt = 0; attempt < kRemoveTries; ++attempt) {
-    if (attempt > 0) platform::sleepMilliseconds(kRemoveWaitMs);
+    if (attempt > 0) s_removeWait.load()(kRemoveWaitMs);
     // Only a file nobody else holds is deleted.
     int result = platform::tryLockFile(path);
     if (result == 0) result = platform::unlinkFile(path);
@@ -94,6 +99,10 @@ class SystemFileSystem final : public tempfile::FileSystem {
 namespace tempfile {
 
 FileSystem::~FileSystem() = default;
+
+WaitFunction setRemoveWait(WaitFunction wait) {
+  return s_removeWait.exchange(wait ? wait : &systemWait);
+}
 
 FileSystem& systemFileSystem() {
   static SystemFileSystem* fs = new SystemFileSystem();

@@ -23,6 +23,12 @@ class ZQCOMMON_API FileSystem {
 /// The real file system.
 ZQCOMMON_API FileSystem& systemFileSystem();
 
+/// What removal calls to wait between its tries, with the milliseconds asked for.
+using WaitFunction = void (*)(unsigned milliseconds);
+/// Replaces the wait between removal tries (nullptr restores the system's sleep), so that the
+/// waiting can be observed without the time passing. Returns the one in use before.
+ZQCOMMON_API WaitFunction setRemoveWait(WaitFunction wait);
+
 /// How the unique part of a name is made.
 enum UniqueForm {
   UNIQUE_UUID = 0,      ///< process id and the four words of a fresh UUID
