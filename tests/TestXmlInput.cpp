@@ -23,6 +23,7 @@ namespace {
 /// that there is nothing to scan.
 class InputParser : public ZQXmlParserImpl {
  public:
+  using ZQXmlParserImpl::applyHtmlDefaultCharset;
   using ZQXmlParserImpl::checkStream;
   using ZQXmlParserImpl::decodeChar;
   using ZQXmlParserImpl::detectEncoding;
@@ -248,6 +249,14 @@ TEST(XmlInput, MarkBeatsEncodingGivenToSetInput) {
   EXPECT_EQ(r.parser.kind(), 3);
   EXPECT_EQ(r.parser.getInputEncoding(), u"UTF-16");
   EXPECT_EQ(r.parser.readAll(), u"<a/>");
+}
+
+TEST(XmlInput, MarkBeatsConverterEncodingGivenToSetInput) {
+  Reader r("\xEF\xBB\xBF<a>\xE6\x97\xA5</a>", u"Shift_JIS");
+  EXPECT_FALSE(r.parser.hasConverter());
+  EXPECT_EQ(r.parser.kind(), 1);
+  EXPECT_EQ(r.parser.getInputEncoding(), u"UTF-8");
+  EXPECT_EQ(r.parser.readAll(), u16("<a>日</a>"));
 }
 
 TEST(XmlInput, BadByteAfterMarkLeadRaises180) {
@@ -918,4 +927,37 @@ TEST(XmlInput, PushedBadTextDeclarationRaises163And140) {
     EXPECT_EQ(e.getErrorCode(), 140);
     EXPECT_TRUE(e.getRawMessage().startsWith(u"Unexpected character: !"));
   }
+}
+
+// ---- HTML default charset ----
+
+TEST(XmlInput, HtmlDefaultCharsetOverridesAssumedUtf8) {
+  Reader r("<html>\xE9");
+  r.parser.setHtmlDefaultCharset(u"ISO-8859-1");
+  EXPECT_EQ(r.parser.kind(), 1);
+  r.parser.applyHtmlDefaultCharset();
+  EXPECT_EQ(r.parser.kind(), 9);
+  EXPECT_EQ(r.parser.readAll(), u16("<html>é"));
+}
+
+TEST(XmlInput, HtmlDefaultCharsetThroughConverter) {
+  Reader r("<html>\x93\xFA");
+  r.parser.setHtmlDefaultCharset(u"Shift_JIS");
+  r.parser.applyHtmlDefaultCharset();
+  EXPECT_TRUE(r.parser.hasConverter());
+  EXPECT_EQ(r.parser.readAll(), u16("<html>日"));
+}
+
+TEST(XmlInput, HtmlDefaultCharsetIgnoredAfterMarkOrWideKind) {
+  Reader bom("\xEF\xBB\xBF<html>");
+  bom.parser.setHtmlDefaultCharset(u"ISO-8859-2");
+  bom.parser.applyHtmlDefaultCharset();
+  EXPECT_EQ(bom.parser.kind(), 1);
+  Reader wide(utf16le(u16("<html>"), false));
+  wide.parser.setHtmlDefaultCharset(u"ISO-8859-2");
+  wide.parser.applyHtmlDefaultCharset();
+  EXPECT_EQ(wide.parser.kind(), 3);
+  Reader none("<html>");
+  none.parser.applyHtmlDefaultCharset();
+  EXPECT_EQ(none.parser.kind(), 1);
 }

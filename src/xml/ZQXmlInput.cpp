@@ -253,6 +253,15 @@ void ZQXmlParserImpl::setEncoding(const UnicodeString& name) {
 }
 
 void ZQXmlParserImpl::detectEncoding(bool isText) {
+  // A byte order mark beats an encoding given beforehand: a converter installed for that
+  // encoding has read nothing yet, so it is dropped when the raw bytes start like a mark.
+  if (m_stream && m_stream != m_baseStream) {
+    int lead = m_baseStream->peek();
+    if (lead == 0xEF || lead == 0xFE || lead == 0xFF) {
+      delete m_stream;
+      m_stream = m_baseStream;
+    }
+  }
   checkStream();
   std::istream& in = *m_stream;
   auto settle = [this](int kind, const char16_t* name, bool bom) {
@@ -546,6 +555,12 @@ void ZQXmlParserImpl::readTextDeclaration() {
     return;
   }
   if (c != '>') throwError(140, charText(c), UnicodeString());
+}
+
+void ZQXmlParserImpl::applyHtmlDefaultCharset() {
+  if (m_stream != m_baseStream || m_bomSeen || m_htmlDefaultCharset.isEmpty()) return;
+  if (m_encodingKind >= ENCODING_UTF16 && m_encodingKind <= ENCODING_UTF32BE) return;
+  setEncoding(m_htmlDefaultCharset);
 }
 
 }  // namespace ZQCommonNS

@@ -194,6 +194,9 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   void detectEncoding(bool isText);
   /// Peeks one byte so that an unreadable stream fails at once (common errors 68, 70, 11).
   void checkStream();
+  /// At the root start tag of HTML: applies the default charset unless a converter, a byte
+  /// order mark or a UTF-16/UTF-32 kind settled the encoding already.
+  void applyHtmlDefaultCharset();
   /// Reads the text declaration at the start of a pushed input, if there is one.
   void readTextDeclaration();
   /// The kind that the built-in table gives a canonical encoding name, or -1.
