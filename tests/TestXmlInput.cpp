@@ -76,6 +76,21 @@ class InputParser : public ZQXmlParserImpl {
     m_lineNumber = line;
     m_columnNumber = column;
   }
+  /// Makes `stream` (owned) the current input over the saved outer one.
+  void pushInnerForTest(std::istream* stream) {
+    InputState state;
+    state.stream = m_stream;
+    state.baseStream = m_baseStream;
+    state.encodingKind = m_encodingKind;
+    state.encodingName = m_encodingName;
+    state.parserType = m_parserType;
+    state.lineNumber = m_lineNumber;
+    state.columnNumber = m_columnNumber;
+    state.pushedChar = m_pushedChar;
+    m_inputStack.push_back(state);
+    m_stream = m_baseStream = stream;
+    m_pushedChar = END_OF_INPUT;
+  }
   void openElements(int n) {
     for (int i = 0; i < n; ++i) m_namespaces->pushContext();
   }
@@ -960,4 +975,26 @@ TEST(XmlInput, HtmlDefaultCharsetIgnoredAfterMarkOrWideKind) {
   Reader none("<html>");
   none.parser.applyHtmlDefaultCharset();
   EXPECT_EQ(none.parser.kind(), 1);
+}
+
+TEST(XmlInput, FailedStreamReadsAsEnd) {
+  Reader r("<abc");
+  EXPECT_EQ(r.parser.readChar(), '<');
+  EXPECT_EQ(r.parser.readChar(), 'a');
+  r.in.setstate(std::ios::badbit);
+  EXPECT_EQ(r.parser.readChar(), ZQXmlParserImpl::END_OF_INPUT);
+}
+
+TEST(XmlInput, FailedInnerStreamGivesWayToOuter) {
+  std::istringstream outer("<a>x");
+  InputParser parser;
+  parser.setInput(outer, UnicodeString(), UnicodeString());
+  parser.start();
+  EXPECT_EQ(parser.readChar(), '<');
+  // An inner input whose stream breaks: reading goes on in the outer one.
+  auto* inner = new std::istringstream("yz");
+  inner->setstate(std::ios::failbit);
+  parser.pushInnerForTest(inner);
+  EXPECT_EQ(parser.readAll(), u"a>x");
+  EXPECT_EQ(parser.inputDepth(), 0u);
 }

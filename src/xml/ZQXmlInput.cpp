@@ -145,7 +145,8 @@ UChar32 ZQXmlParserImpl::decodeChar() {
   }
   std::istream& in = *m_stream;
   int b0 = in.get();
-  if (!in.eof()) {
+  // A stream that fails without reaching its end ends this input all the same.
+  if (b0 != kEof && !in.eof()) {
     switch (m_encodingKind) {
       case ENCODING_UTF8: {
         if (b0 < 0x80) return b0;
