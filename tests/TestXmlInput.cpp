@@ -59,6 +59,7 @@ class InputParser : public ZQXmlParserImpl {
     for (UChar32 c = readChar(); c != END_OF_INPUT; c = readChar()) out.push_back(c);
     return out;
   }
+  static int encodingKindOfName(const UnicodeString& name) { return encodingKindOf(name); }
   int kind() const { return m_encodingKind; }
   void setKind(int kind) { m_encodingKind = kind; }
   bool bomSeen() const { return m_bomSeen; }
@@ -997,4 +998,36 @@ TEST(XmlInput, FailedInnerStreamGivesWayToOuter) {
   parser.pushInnerForTest(inner);
   EXPECT_EQ(parser.readAll(), u"a>x");
   EXPECT_EQ(parser.inputDepth(), 0u);
+}
+
+TEST(XmlInput, ConverterReportsStandardName) {
+  Reader r("<a/>", u"shift_jis");
+  EXPECT_EQ(r.parser.getInputEncoding(), u"Shift_JIS");
+}
+
+TEST(XmlInput, UnknownEncodingReportedToCallbackLeavesNothingToRead) {
+  InputParser parser;
+  std::vector<int> codes;
+  parser.setCallbackError(
+      [](const ZQError& e, void* data) {
+        static_cast<std::vector<int>*>(data)->push_back(e.getErrorCode());
+      },
+      &codes);
+  std::istringstream in("<a/>");
+  parser.setInput(in, u"no-such-charset", UnicodeString());
+  ASSERT_EQ(codes, std::vector<int>{181});
+  // The converter that could not open stays in place and reads as an empty input.
+  EXPECT_TRUE(parser.hasConverter());
+  parser.start();
+  EXPECT_EQ(parser.readChar(), ZQXmlParserImpl::END_OF_INPUT);
+}
+
+TEST(XmlInput, EncodingKindTableMatchesAliasesAfterCanonicalForm) {
+  EXPECT_EQ(InputParser::encodingKindOfName(u"utf-16"), 2);
+  EXPECT_EQ(InputParser::encodingKindOfName(u" ucs-4 "), 5);
+  EXPECT_EQ(InputParser::encodingKindOfName(u"ascii"), 8);
+  EXPECT_EQ(InputParser::encodingKindOfName(u"latin1"), 9);
+  EXPECT_EQ(InputParser::encodingKindOfName(u"iso_8859-9"), 17);
+  EXPECT_EQ(InputParser::encodingKindOfName(u"ISO-8859-16"), 23);
+  EXPECT_EQ(InputParser::encodingKindOfName(u"Shift_JIS"), -1);
 }
