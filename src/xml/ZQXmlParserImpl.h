@@ -109,9 +109,9 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   bool getFeature(Feature feature) override;
   void setStreamType(const ZQUri::ContentInfo* info, const UnicodeString& extension) override;
   void setCallbackError(ErrorCallback fn, void* data) override;
-  void setInput(ZQUri& uri, const UnicodeString& encoding, const UnicodeString& base) override = 0;
+  void setInput(ZQUri& uri, const UnicodeString& encoding, const UnicodeString& base) override;
   void setInput(std::istream& stream, const UnicodeString& encoding,
-                const UnicodeString& base) override = 0;
+                const UnicodeString& base) override;
   UnicodeString getInputUri() override;
   void closeStream() override;
   UnicodeString getInputEncoding() override;
@@ -143,7 +143,7 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   EventType nextToken() override = 0;
   UnicodeString getBaseUri() override;
   void pushStream(const UnicodeString& uri, ZQName parseType,
-                  const UnicodeString& encoding) override = 0;
+                  const UnicodeString& encoding) override;
   void throwError(unsigned short code, const UnicodeString& a, const UnicodeString& b) override;
   bool popError(ZQError& error) override;
   void pushError(const ZQError& error) override;
@@ -181,6 +181,36 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   void addXhtmlEntities();
   /// Text of the current event as the scanner left it in the buffer.
   UnicodeString eventText() const;
+  /// The next code point of the input, line ends normalised and checked; END_OF_INPUT at
+  /// the end.
+  UChar32 readChar();
+  /// Puts one code point back; the slot takes the first, pushedText any further one.
+  void unreadChar(UChar32 c);
+  /// Puts a string back ahead of everything still unread.
+  void unreadText(const UnicodeString& s);
+  /// The next code point, left unread.
+  UChar32 peekChar() {
+    UChar32 c = readChar();
+    unreadChar(c);
+    return c;
+  }
+  /// One code point from the stream by the encoding kind in force; END_OF_INPUT at the end
+  /// of the outermost input.
+  UChar32 decodeChar();
+  /// Applies an encoding by name: a built-in kind, else an ICU converter over the stream.
+  void setEncoding(const UnicodeString& name);
+  /// Settles the encoding from a byte order mark or the first bytes of the stream.
+  void detectEncoding(bool isText);
+  /// Peeks one byte so that an unreadable stream fails at once (common errors 68, 70, 11).
+  void checkStream();
+  /// At the root start tag of HTML: applies the default charset unless a converter, a byte
+  /// order mark or a UTF-16/UTF-32 kind settled the encoding already.
+  void applyHtmlDefaultCharset();
+  /// Reads the text declaration at the start of a pushed input, if there is one.
+  void readTextDeclaration();
+  /// The kind that the built-in table gives a canonical encoding name, or -1.
+  static int encodingKindOf(const UnicodeString& name);
+
   /// Records the settled document type.
   void settleType(ZQName type) { m_settledType = type; }
 
