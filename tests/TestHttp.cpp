@@ -1104,6 +1104,25 @@ TEST_F(HttpSteps, ResponseFieldsOf2048BytesAreAbsent) {
   EXPECT_EQ(info.contentLength, -1);
 }
 
+TEST_F(HttpSteps, CharsetIsTheNameRunBehindTheExactParameterText) {
+  ZQUri::ContentInfo info;
+  m_script.headers = {{"Content-Type", "text/xml ; format=flowed; charset=ISO-8859-1;x=y"}};
+  open(u"http://host.test/", &info);
+  EXPECT_EQ(utf8(info.contentType), "text/xml") << "the part before ';' is trimmed";
+  EXPECT_EQ(utf8(info.charset), "ISO-8859-1");
+  m_script.headers = {{"Content-Type", "text/html; Charset=utf-8"}};
+  open(u"http://host.test/", &info);
+  EXPECT_EQ(utf8(info.contentType), "text/html");
+  EXPECT_TRUE(info.charset.isEmpty()) << "\"charset=\" is looked for as it is written";
+  m_script.headers = {{"Content-Type", "text/html;charset=\"utf-8\" x"}};
+  open(u"http://host.test/", &info);
+  EXPECT_EQ(utf8(info.charset), "utf-8");
+  m_script.headers = {{"Content-Type", "text/plain;"}};
+  open(u"http://host.test/", &info);
+  EXPECT_EQ(utf8(info.contentType), "text/plain");
+  EXPECT_TRUE(info.charset.isEmpty());
+}
+
 TEST_F(HttpSteps, ContentLengthBeyondThe32BitRangeIsClamped) {
   m_script.headers = {{"Content-Length", "2147483647"}};
   ZQUri::ContentInfo info;
