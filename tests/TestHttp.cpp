@@ -10,6 +10,7 @@
 #include <fstream>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "HttpTestSupport.h"
@@ -49,6 +50,21 @@ std::string readAll(std::istream& in) {
     out.append(chunk, static_cast<size_t>(in.gcount()));
   }
   return out;
+}
+
+/// `text` escaped to stand as one value in a query.
+std::string queryValue(const std::string& text) {
+  std::string encoded;
+  for (char c : text) {
+    if (c == '?' || c == '&' || c == '=' || c == '%' || c == '#' || c == '+' || c == ':') {
+      char hex[4];
+      std::snprintf(hex, sizeof hex, "%%%02X", static_cast<unsigned char>(c));
+      encoded += hex;
+    } else {
+      encoded += c;
+    }
+  }
+  return encoded;
 }
 
 /// The message of a failed step as the library words it.
@@ -95,17 +111,7 @@ class Http : public ::testing::Test {
   static ZQUri uri(const std::string& path) { return ZQUri(u16(url(path)), ZQUri::URISTR_URI); }
   /// How many requests the server had for `target` (path and query).
   static int hits(const std::string& target) {
-    std::string encoded;
-    for (char c : target) {
-      if (c == '?' || c == '&' || c == '=' || c == '%') {
-        char hex[4];
-        std::snprintf(hex, sizeof hex, "%%%02X", static_cast<unsigned char>(c));
-        encoded += hex;
-      } else {
-        encoded += c;
-      }
-    }
-    std::unique_ptr<std::istream> in(uri("/hits?path=" + encoded).getIStream());
+    std::unique_ptr<std::istream> in(uri("/hits?path=" + queryValue(target)).getIStream());
     return in ? std::stoi(readAll(*in)) : -1;
   }
 
@@ -254,40 +260,6 @@ TEST_F(Http, ReadsOfEverySizeKeepTheBytesInOrder) {
   EXPECT_EQ(offset, size);
 }
 
-TEST_F(Http, LargeReadLeavesSixteenBytesToPutBack) {
-  std::unique_ptr<std::istream> in(uri("/large?size=600000").getIStream());
-  ASSERT_TRUE(in);
-  std::vector<char> chunk(300000);
-  ASSERT_TRUE(in->read(chunk.data(), 10));
-  ASSERT_TRUE(in->read(chunk.data(), static_cast<std::streamsize>(chunk.size())));
-  const uint64_t pos = 10 + chunk.size();
-  int putBack = 0;
-  while (putBack < 40 && in->unget()) ++putBack;
-  EXPECT_EQ(putBack, ZQUriStreamBuf::PUTBACK_SIZE);
-  in->clear();
-  char again[40];
-  ASSERT_TRUE(in->read(again, putBack + 5));
-  EXPECT_EQ(Pattern().firstMismatch(again, static_cast<size_t>(putBack + 5), pos - putBack), -1);
-}
-
-TEST_F(Http, ShortLargeReadKeepsEarlierBytesToPutBack) {
-  // Fewer than sixteen bytes come in the large read when the body ends; the put-back area
-  // then reaches back into what was read before.
-  std::unique_ptr<std::istream> in(uri("/large?size=20").getIStream());
-  ASSERT_TRUE(in);
-  char buf[9000];
-  ASSERT_TRUE(in->read(buf, 12));
-  in->read(buf, sizeof buf);
-  EXPECT_EQ(in->gcount(), 8);
-  in->clear();
-  int putBack = 0;
-  while (putBack < 40 && in->unget()) ++putBack;
-  EXPECT_EQ(putBack, ZQUriStreamBuf::PUTBACK_SIZE);
-  in->clear();
-  ASSERT_TRUE(in->read(buf, putBack));
-  EXPECT_EQ(Pattern().firstMismatch(buf, static_cast<size_t>(putBack), 20 - putBack), -1);
-}
-
 TEST_F(Http, TruncatedBodyEndsWhereTheBytesEnd) {
   std::unique_ptr<std::istream> in(uri("/truncated").getIStream());
   ASSERT_TRUE(in);
@@ -383,6 +355,47 @@ TEST_F(Http, RedirectWithoutLocationFailsWithTheStatusMessage) {
   std::unique_ptr<std::istream> in(uri("/status/302").getIStream(nullptr, &error));
   EXPECT_FALSE(in);
   EXPECT_EQ(utf8(error), "HTTP status is 302\n" + url("/status/302"));
+}
+
+TEST_F(Http, LocationOfUpTo2047BytesIsFollowed) {
+  const std::string head = "/hello?pad=";
+  const std::string location = head + std::string(2047 - head.size(), 'p');
+  const std::string start = "/goto?to=" + queryValue(location);
+  UnicodeString error;
+  std::unique_ptr<std::istream> in(uri(start).getIStream(nullptr, &error));
+  ASSERT_TRUE(in) << utf8(error);
+  EXPECT_EQ(readAll(*in), "Hello from the loopback server\n");
+  EXPECT_EQ(hits(location), 1);
+}
+
+TEST_F(Http, LocationOf2048BytesFailsWithTheStatusMessage) {
+  const std::string head = "/hello?pad=";
+  const std::string location = head + std::string(2048 - head.size(), 'q');
+  const std::string start = "/goto?to=" + queryValue(location);
+  UnicodeString error;
+  std::unique_ptr<std::istream> in(uri(start).getIStream(nullptr, &error));
+  EXPECT_FALSE(in);
+  EXPECT_EQ(utf8(error), "HTTP status is 302\n" + url(start));
+  EXPECT_EQ(hits(location), 0) << "the location was not followed";
+}
+
+TEST_F(Http, ContentTypeOfUpTo2047BytesIsRead) {
+  const std::string head = "text/x-long; charset=utf-8; pad=";
+  const std::string fits = head + std::string(2047 - head.size(), 'a');
+  ZQUri::ContentInfo info;
+  std::unique_ptr<std::istream> in(
+      uri("/with-header?name=Content-Type&value=" + queryValue(fits)).getIStream(&info, nullptr));
+  ASSERT_TRUE(in);
+  EXPECT_EQ(utf8(info.contentType), "text/x-long");
+  EXPECT_EQ(utf8(info.charset), "utf-8");
+  const std::string tooLong = fits + "a";
+  ZQUri::ContentInfo longer;
+  in.reset(uri("/with-header?name=Content-Type&value=" + queryValue(tooLong))
+               .getIStream(&longer, nullptr));
+  ASSERT_TRUE(in) << "a header that doesn't fit is only absent";
+  EXPECT_TRUE(longer.contentType.isEmpty());
+  EXPECT_TRUE(longer.charset.isEmpty());
+  EXPECT_EQ(longer.contentLength, 12) << "the other fields are still read";
 }
 
 TEST_F(Http, FailureAfterRedirectNamesTheFirstUrl) {
@@ -699,6 +712,25 @@ TEST_F(Https, RedirectsStayOnHttps) {
   EXPECT_EQ(utf8(start.toString()), url("/rel/a/c/next"));
 }
 
+TEST_F(Https, LaterPlainUrlOfTheChainIsStillAskedThroughTls) {
+  LoopbackServer plain;
+  ASSERT_TRUE(plain.ok());
+  const std::string target = plain.url("/hello?after-tls");
+  ZQUri start(u16(url("/goto?to=" + queryValue(target))), ZQUri::URISTR_URI);
+  ZQUri::ContentInfo info;
+  info.flags = ZQUri::ContentInfo::FLAG_IGNORE_CERT_ERRORS;
+  UnicodeString error;
+  std::unique_ptr<std::istream> in(start.getIStream(&info, &error));
+  EXPECT_FALSE(in) << "a plain server can't answer a TLS handshake";
+  EXPECT_EQ(utf8(error).rfind("HTTP request failure: ", 0), 0u) << utf8(error);
+  EXPECT_NE(utf8(error).find("\n" + utf8(start.toString())), std::string::npos);
+  std::unique_ptr<std::istream> count(
+      ZQUri(u16(plain.url("/hits?path=" + queryValue("/hello?after-tls"))), ZQUri::URISTR_URI)
+          .getIStream());
+  ASSERT_TRUE(count);
+  EXPECT_EQ(readAll(*count), "0\n") << "no plain GET reached the server";
+}
+
 TEST_F(Https, LargeBodyOverTls) {
   ZQUri::ContentInfo info;
   info.flags = ZQUri::ContentInfo::FLAG_IGNORE_CERT_ERRORS;
@@ -788,6 +820,11 @@ TEST(HttpClient, ConnectTimeoutMapping) {
 struct FakeClientScript {
   std::string failAt;
   unsigned long failCode = 0;
+  /// Status and Location of the answer to each request in turn; "200" without a location
+  /// once the list is used up.
+  std::vector<std::pair<std::string, std::string>> answers;
+  /// Further headers of every answer.
+  std::vector<std::pair<std::string, std::string>> headers;
   std::vector<std::string> log;
 };
 FakeClientScript* g_script = nullptr;
@@ -811,19 +848,34 @@ class FakeTransport : public platform::HttpTransport {
     return step("connect:" + host + ":" + std::to_string(port) + ":" + user + ":" + password,
                 "connect");
   }
-  unsigned long openRequest(const std::string& path, bool secure, bool ignore) override {
-    return step(
-        "request:" + path + ":" + (secure ? "secure" : "plain") + (ignore ? ":ignore-cert" : ""),
-        "openRequest");
+  unsigned long openRequest(const std::string& path, bool secure, bool ignoreNameAndDate,
+                            bool ignoreUnknownCa) override {
+    ++m_requests;
+    return step("request:" + path + ":" + (secure ? "secure" : "plain") +
+                    (ignoreNameAndDate ? ":ignore-name-date" : "") +
+                    (ignoreUnknownCa ? ":ignore-ca" : ""),
+                "openRequest");
   }
   unsigned long send(const std::string& headers) override {
     return step("send:" + headers, "send");
   }
   unsigned long queryStatus(std::string& text) override {
-    text = "200";
+    text = answer().first;
     return step("status", "status");
   }
-  bool queryHeader(std::string_view, std::string&) override { return false; }
+  bool queryHeader(std::string_view name, std::string& value) override {
+    if (name == "Location" && !answer().second.empty()) {
+      value = answer().second;
+      return true;
+    }
+    for (const auto& [key, text] : g_script->headers) {
+      if (key == name) {
+        value = text;
+        return true;
+      }
+    }
+    return false;
+  }
   size_t queryDataAvailable() override { return 5; }
   unsigned long read(char* out, size_t size, size_t& count) override {
     count = m_sent ? 0 : std::min<size_t>(size, 5);
@@ -838,7 +890,13 @@ class FakeTransport : public platform::HttpTransport {
     g_script->log.push_back(entry);
     return g_script->failAt == name ? g_script->failCode : 0;
   }
+  std::pair<std::string, std::string> answer() const {
+    const size_t i = static_cast<size_t>(m_requests - 1);
+    return i < g_script->answers.size() ? g_script->answers[i]
+                                        : std::pair<std::string, std::string>("200", "");
+  }
   bool m_sent = false;
+  int m_requests = 0;
 };
 
 class HttpSteps : public ::testing::Test {
@@ -920,7 +978,7 @@ TEST_F(HttpSteps, CertificateFlagCountsForHttpsOnly) {
   open(u"http://host.test/x", &info);
   open(u"https://host.test/y", &info);
   EXPECT_TRUE(logged("request:/x:plain"));
-  EXPECT_TRUE(logged("request:/y:secure:ignore-cert"));
+  EXPECT_TRUE(logged("request:/y:secure:ignore-name-date:ignore-ca"));
 }
 
 TEST_F(HttpSteps, WithoutContentInfoTheTimeoutIsLeftToThePlatform) {
@@ -983,6 +1041,96 @@ TEST_F(HttpSteps, BufferKeepsTheSettingsItWasMadeWith) {
   EXPECT_EQ(buf.getConnectRetries(), 3);
   EXPECT_EQ(buf.getConnectBackoff(), INT_MIN);
   EXPECT_EQ(buf.getAvailable(), 5u);
+}
+
+TEST_F(HttpSteps, TlsStaysOnForTheRestOfARedirectChain) {
+  m_script.answers = {{"302", "https://other.test/c"}, {"302", "http://last.test/d"}};
+  ZQUri::ContentInfo info;
+  info.flags = ZQUri::ContentInfo::FLAG_IGNORE_CERT_ERRORS;
+  EXPECT_EQ(open(u"http://first.test/a", &info), "");
+  EXPECT_EQ(m_body, "fake!");
+  const std::vector<std::string> requests = {
+      "connect:first.test:80::",  "request:/a:plain",
+      "connect:other.test:443::", "request:/c:secure:ignore-name-date:ignore-ca",
+      "connect:last.test:80::",   "request:/d:secure:ignore-name-date"};
+  std::vector<std::string> seen;
+  for (const std::string& e : m_script.log) {
+    if (e.rfind("connect:", 0) == 0 || e.rfind("request:", 0) == 0) seen.push_back(e);
+  }
+  EXPECT_EQ(seen, requests);
+}
+
+TEST_F(HttpSteps, TlsAfterRedirectChecksTheCertificateUnlessTold) {
+  m_script.answers = {{"301", "http://last.test:8080/d"}};
+  EXPECT_EQ(open(u"https://first.test/a", nullptr), "");
+  EXPECT_TRUE(logged("request:/a:secure"));
+  EXPECT_TRUE(logged("connect:last.test:8080::"));
+  EXPECT_TRUE(logged("request:/d:secure"));
+}
+
+TEST_F(HttpSteps, StatusOfUpTo99BytesIsRead) {
+  m_script.answers = {{std::string(96, '0') + "200", ""}};
+  EXPECT_EQ(open(u"http://host.test/a", nullptr), "");
+  EXPECT_EQ(m_body, "fake!");
+}
+
+TEST_F(HttpSteps, StatusOf100BytesCannotBeGot) {
+  m_script.answers = {{std::string(97, '0') + "200", ""}};
+  EXPECT_EQ(open(u"http://host.test/a", nullptr),
+            stepFailure("Cannot get HTTP status", 12008, "http://host.test/a"));
+  EXPECT_EQ(m_body, "<null>");
+}
+
+TEST_F(HttpSteps, ResponseFieldsOfUpTo2047BytesAreRead) {
+  m_script.headers = {{"Content-Type", "text/plain;x=" + std::string(2047 - 13, 'a')},
+                      {"Content-Language", std::string(2047, 'l')},
+                      {"Content-Length", std::string(2045, '0') + "42"}};
+  ZQUri::ContentInfo info;
+  open(u"http://host.test/", &info);
+  EXPECT_EQ(utf8(info.contentType), "text/plain");
+  EXPECT_EQ(info.contentLanguage.length(), 2047);
+  EXPECT_EQ(info.contentLength, 42);
+}
+
+TEST_F(HttpSteps, ResponseFieldsOf2048BytesAreAbsent) {
+  m_script.headers = {{"Content-Type", "text/plain;x=" + std::string(2048 - 13, 'a')},
+                      {"Content-Language", std::string(2048, 'l')},
+                      {"Content-Length", std::string(2046, '0') + "42"}};
+  ZQUri::ContentInfo info;
+  EXPECT_EQ(open(u"http://host.test/", &info), "");
+  EXPECT_EQ(m_body, "fake!");
+  EXPECT_TRUE(info.contentType.isEmpty());
+  EXPECT_TRUE(info.contentLanguage.isEmpty());
+  EXPECT_EQ(info.contentLength, -1);
+}
+
+TEST_F(HttpSteps, CharsetIsTheNameRunBehindTheExactParameterText) {
+  ZQUri::ContentInfo info;
+  m_script.headers = {{"Content-Type", "text/xml ; format=flowed; charset=ISO-8859-1;x=y"}};
+  open(u"http://host.test/", &info);
+  EXPECT_EQ(utf8(info.contentType), "text/xml") << "the part before ';' is trimmed";
+  EXPECT_EQ(utf8(info.charset), "ISO-8859-1");
+  m_script.headers = {{"Content-Type", "text/html; Charset=utf-8"}};
+  open(u"http://host.test/", &info);
+  EXPECT_EQ(utf8(info.contentType), "text/html");
+  EXPECT_TRUE(info.charset.isEmpty()) << "\"charset=\" is looked for as it is written";
+  m_script.headers = {{"Content-Type", "text/html;charset=\"utf-8\" x"}};
+  open(u"http://host.test/", &info);
+  EXPECT_EQ(utf8(info.charset), "utf-8");
+  m_script.headers = {{"Content-Type", "text/plain;"}};
+  open(u"http://host.test/", &info);
+  EXPECT_EQ(utf8(info.contentType), "text/plain");
+  EXPECT_TRUE(info.charset.isEmpty());
+}
+
+TEST_F(HttpSteps, ContentLengthBeyondThe32BitRangeIsClamped) {
+  m_script.headers = {{"Content-Length", "2147483647"}};
+  ZQUri::ContentInfo info;
+  open(u"http://host.test/", &info);
+  EXPECT_EQ(info.contentLength, 2147483647);
+  m_script.headers = {{"Content-Length", "8589934592"}};
+  open(u"http://host.test/", &info);
+  EXPECT_EQ(info.contentLength, 2147483647);
 }
 
 }  // namespace

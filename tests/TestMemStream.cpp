@@ -10,10 +10,12 @@
 #include <random>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "StreamTestSupport.h"
 #include "TestSupport.h"
 #include "common/ZQMemStream.h"
+#include "common/ZQUri.h"
 
 using namespace ZQCommonNS;
 
@@ -1170,6 +1172,39 @@ TEST(ZQMemStream, ChangeTempBufferFromAForeignBufferTakesTheSourceFromItsStart) 
     EXPECT_EQ(tellGet(ms), 0);
     EXPECT_EQ(readAll(ms), "hello world");
   }
+  EXPECT_FALSE(streamtest::fileExists(file));
+}
+
+/// Says no to every URI it is asked for, and notes them.
+class NotingResolver : public ZQUriReferenceResolver2 {
+ public:
+  bool resolveUriReference(const char16_t* uri, WriteFunc, void*) override {
+    asked.push_back(UnicodeString(uri));
+    return false;
+  }
+  std::vector<UnicodeString> asked;
+};
+
+TEST(ZQMemStream, ChangeTempBufferOpensTheFileThroughItsUri) {
+  NotingResolver resolver;
+  ZQUriReferenceResolver2* previous = ZQUri::setUriReferenceResolver2(&resolver);
+  std::string file;
+  {
+    ZQMemStream ms;
+    ms << "through the URI";
+    ms.changeTempBuffer();
+    ZQUri::setUriReferenceResolver2(previous);
+    file = zqtest::utf8(ms.getTempFileName());
+    ASSERT_FALSE(file.empty());
+    // Opening the file asked the resolver first, with the URI of the file, and then read it
+    // from the disk since the resolver said no.
+    ASSERT_EQ(resolver.asked.size(), 1u);
+    EXPECT_EQ(resolver.asked[0], ZQUri(ms.getTempFileName(), ZQUri::URISTR_PATH).toString());
+    EXPECT_EQ(zqtest::utf8(ZQUri(resolver.asked[0], ZQUri::URISTR_URI).getLocalPath()), file);
+    EXPECT_NE(dynamic_cast<std::filebuf*>(ms.rdbuf()), nullptr);
+    EXPECT_EQ(readAll(ms), "through the URI");
+  }
+  ZQUri::setUriReferenceResolver2(previous);
   EXPECT_FALSE(streamtest::fileExists(file));
 }
 

@@ -124,6 +124,15 @@ TEST(UriStreamFile, NameWithHashAndPercentOpensThroughAuto) {
   EXPECT_EQ(readAll(*in), "hash");
 }
 
+TEST(UriStreamFile, PathWithHashPercentAndSpaceOpensAsAPath) {
+  ScratchDir dir;
+  writeFile(dir.file("a #1 50%.tmp"), "odd name");
+  ZQUri uri(u16(dir.file("a #1 50%.tmp")), ZQUri::URISTR_PATH);
+  std::unique_ptr<std::istream> in(uri.getIStream());
+  ASSERT_TRUE(in) << utf8(uri.toString());
+  EXPECT_EQ(readAll(*in), "odd name");
+}
+
 TEST(UriStreamFile, MissingFileGivesNullAndNoMessage) {
   ScratchDir dir;
   UnicodeString error(u"untouched");
@@ -190,6 +199,17 @@ TEST(UriStreamFile, OutputStreamWithTruncateEmptiesAnExistingFile) {
   *out << "new";
   out.reset();
   EXPECT_EQ(readFile(dir.file("old.txt")), "new");
+}
+
+TEST(UriStreamFile, OutputStreamWithoutTruncateStillStartsTheFileAnew) {
+  // Output mode alone opens a file stream from an empty file; the flag adds nothing to that.
+  ScratchDir dir;
+  writeFile(dir.file("kept.txt"), "old content that is long");
+  std::unique_ptr<std::ofstream> out(ZQUri(u16(dir.file("kept.txt"))).getOStream(false));
+  ASSERT_TRUE(out);
+  *out << "new";
+  out.reset();
+  EXPECT_EQ(readFile(dir.file("kept.txt")), "new");
 }
 
 TEST(UriStreamFile, OutputStreamThroughAFileUri) {

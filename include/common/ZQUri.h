@@ -140,7 +140,8 @@ class ZQCOMMON_API ZQUri {
   /// (an entry in a zip, zips nested with further "!/"), HTTP and HTTPS. `info` carries what
   /// the server said and how to ask it; `error` receives the reason of an HTTP failure.
   std::istream* getIStream(ContentInfo* info, UnicodeString* error) const;
-  /// A new binary output stream on the local file (truncated when asked), or null.
+  /// A new binary output stream on the local file, or null. Opened for output (plus trunc when
+  /// asked), which on its own already starts the file anew.
   std::ofstream* getOStream(bool truncate) const;
   /// A new binary stream for reading and writing the local file, or null.
   std::fstream* getFStream() const;

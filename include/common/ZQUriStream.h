@@ -63,9 +63,6 @@ class ZQCOMMON_API ZQUriStreamBuf : public std::streambuf {
 
  protected:
   int_type underflow() override;
-  /// Large reads go from the network straight into the caller's memory; the put-back area
-  /// ends up as underflow would leave it.
-  std::streamsize xsgetn(char_type* s, std::streamsize n) override;
 
  private:
   class Session;

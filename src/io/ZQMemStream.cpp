@@ -6,6 +6,7 @@
 
 #include "common/ZQError.h"
 #include "common/ZQMemStream.h"
+#include "common/ZQUri.h"
 #include "core/platform/ZQPlatformFile.h"
 
 namespace ZQCommonNS {
@@ -125,10 +126,13 @@ void ZQMemStream::changeTempBuffer() {
   const UnicodeString released = local->releaseFileName();
   m_tempFile.setFileName(released);
 
-  auto file = std::make_unique<std::ifstream>(path, std::ios::in | std::ios::binary);
-  std::streambuf* fileBuf = file->rdbuf();
-  m_buf.setSource(file.release(), true);
-  rdbuf(fileBuf);
+  // The file is opened as any resource is, through its URI, so a caller's resolver is asked
+  // as well. Should nothing open, the stream stays on its own buffer, now empty.
+  std::istream* file = ZQUri(released, ZQUri::URISTR_PATH).getIStream();
+  if (file) {
+    m_buf.setSource(file, true);
+    rdbuf(file->rdbuf());
+  }
   seekg(0);
   seekp(0);
 }

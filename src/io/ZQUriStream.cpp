@@ -43,6 +43,19 @@ int decimalOf(const UnicodeString& s) {
   return static_cast<int>(negative ? -value : value);
 }
 
+// The status and the header values are taken as fixed buffers of these sizes, terminator
+// included, would take them: a longer status is no status, a longer header value is absent.
+constexpr size_t kStatusBufferSize = 100;
+constexpr size_t kHeaderBufferSize = 2048;
+
+bool fitsQueryBuffer(const std::string& text, size_t bufferSize) {
+  return text.size() < bufferSize;
+}
+
+bool queryHeader(platform::HttpTransport& http, std::string_view name, std::string& value) {
+  return http.queryHeader(name, value) && fitsQueryBuffer(value, kHeaderBufferSize);
+}
+
 }  // namespace
 
 // ---- URL parts ----
@@ -138,11 +151,6 @@ void clearRedirectionCache() {
 
 // ---- ZQUriStreamBuf ----
 
-namespace {
-// Reads of at least this size skip the read buffer; smaller ones are served from it.
-constexpr std::streamsize kDirectReadMin = 8192;
-}  // namespace
-
 class ZQUriStreamBuf::Session {
  public:
   std::unique_ptr<platform::HttpTransport> http;
@@ -205,18 +213,28 @@ void ZQUriStreamBuf::request(const UnicodeString& url, const UnicodeString& refe
   UnicodeString current = url;
   UnicodeString statusText;
   int redirects = 0;
+  // Once an HTTPS URL was asked, TLS (and with ignoreCertErrors, accepting a certificate of
+  // another name or date) stays on for every further request of the chain, whatever the
+  // scheme of a later location. An unknown issuer is accepted per HTTPS request only.
+  bool secure = false;
+  bool ignoreCertNameAndDate = false;
   for (;;) {
     const ZQUri currentUri(current, ZQUri::URISTR_URI);
     const ZQHttpUrlParts parts = crackHttpUrl(currentUri);
     code = http.connect(narrow(parts.host), parts.port, narrow(parts.user), narrow(parts.password));
     if (code != 0) return fail(u"Cannot connect the Internet", code, url);
-    code =
-        http.openRequest(narrow(parts.path), parts.secure, parts.secure && params.ignoreCertErrors);
+    if (parts.secure) {
+      secure = true;
+      if (params.ignoreCertErrors) ignoreCertNameAndDate = true;
+    }
+    code = http.openRequest(narrow(parts.path), secure, ignoreCertNameAndDate,
+                            parts.secure && params.ignoreCertErrors);
     if (code != 0) return fail(u"Cannot open URL", code, url);
     code = http.send(headers);
     if (code != 0) return fail(u"HTTP request failure", code, url);
     std::string status;
     code = http.queryStatus(status);
+    if (code == 0 && !fitsQueryBuffer(status, kStatusBufferSize)) code = platform::kHttpBadReply;
     if (code != 0) return fail(u"Cannot get HTTP status", code, url);
     statusText = wide(status);
     m_status = decimalOf(statusText);
@@ -225,7 +243,7 @@ void ZQUriStreamBuf::request(const UnicodeString& url, const UnicodeString& refe
     // The library follows redirects itself, at most nine of them.
     if (++redirects == 10) return failStatus(statusText, url);
     std::string location;
-    if (!http.queryHeader("Location", location)) return failStatus(statusText, url);
+    if (!queryHeader(http, "Location", location)) return failStatus(statusText, url);
     http.closeRequest();
     const UnicodeString locationText = wide(location);
     ZQUri next(locationText);
@@ -242,7 +260,7 @@ void ZQUriStreamBuf::request(const UnicodeString& url, const UnicodeString& refe
   m_buffer = new char[m_available + PUTBACK_SIZE];
 
   std::string value;
-  if (http.queryHeader("Content-Type", value)) {
+  if (queryHeader(http, "Content-Type", value)) {
     m_contentType = wide(value);
     const int32_t semicolon = m_contentType.indexOf(u';');
     if (semicolon >= 0) {
@@ -262,8 +280,8 @@ void ZQUriStreamBuf::request(const UnicodeString& url, const UnicodeString& refe
       }
     }
   }
-  if (http.queryHeader("Content-Language", value)) m_contentLanguage = wide(value);
-  if (http.queryHeader("Content-Length", value)) m_contentLength = decimalOf(wide(value));
+  if (queryHeader(http, "Content-Language", value)) m_contentLanguage = wide(value);
+  if (queryHeader(http, "Content-Length", value)) m_contentLength = decimalOf(wide(value));
 
   setg(m_buffer, m_buffer, m_buffer);
 }
@@ -280,37 +298,6 @@ ZQUriStreamBuf::int_type ZQUriStreamBuf::underflow() {
   if (code != 0 || count == 0) return traits_type::eof();
   setg(m_buffer, m_buffer + kept, m_buffer + kept + count);
   return traits_type::to_int_type(*gptr());
-}
-
-std::streamsize ZQUriStreamBuf::xsgetn(char_type* s, std::streamsize n) {
-  if (!m_buffer || m_available == 0 || n < kDirectReadMin) return std::streambuf::xsgetn(s, n);
-  // The bytes that may be put back now, before the get area is drained.
-  char tail[PUTBACK_SIZE];
-  size_t tailSize = std::min<size_t>(PUTBACK_SIZE, static_cast<size_t>(gptr() - eback()));
-  std::memcpy(tail, gptr() - tailSize, tailSize);
-
-  std::streamsize done = std::min<std::streamsize>(n, egptr() - gptr());
-  std::memcpy(s, gptr(), static_cast<size_t>(done));
-  gbump(static_cast<int>(done));
-  bool direct = false;
-  while (n - done >= kDirectReadMin) {
-    size_t count = 0;
-    const unsigned long code =
-        m_session->http->read(s + done, static_cast<size_t>(n - done), count);
-    if (code != 0 || count == 0) break;
-    done += static_cast<std::streamsize>(count);
-    direct = true;
-  }
-  if (direct) {
-    // Keep the last bytes handed out, as a refill would have kept them.
-    const size_t fromCall = std::min<size_t>(PUTBACK_SIZE, static_cast<size_t>(done));
-    const size_t fromTail = std::min(tailSize, PUTBACK_SIZE - fromCall);
-    std::memcpy(m_buffer, tail + tailSize - fromTail, fromTail);
-    std::memcpy(m_buffer + fromTail, s + done - fromCall, fromCall);
-    setg(m_buffer, m_buffer + fromTail + fromCall, m_buffer + fromTail + fromCall);
-  }
-  if (done < n) done += std::streambuf::xsgetn(s + done, n - done);
-  return done;
 }
 
 // ---- ZQUriStream ----

@@ -16,6 +16,9 @@ namespace ZQCommonNS::platform {
 /// ZQError::getLastErrorMessage looks up the client's texts. 0 is success.
 inline constexpr unsigned long kHttpErrorBase = 12000;
 
+/// A reply that can't be read as HTTP (libcurl's "weird server reply").
+inline constexpr unsigned long kHttpBadReply = kHttpErrorBase + 8;
+
 /// Marker of a connection setting that keeps the client's default.
 inline constexpr int kHttpKeepDefault = static_cast<int>(0x80000000u);
 
@@ -37,10 +40,11 @@ class ZQCOMMON_API HttpTransport {
   /// Names the server of the following requests; fails for a host or port that can't be one.
   virtual unsigned long connect(const std::string& host, int port, const std::string& user,
                                 const std::string& password) = 0;
-  /// Prepares a GET of `path` (with its query) over HTTP/1.0, through TLS when `secure`;
-  /// `ignoreCertErrors` accepts any certificate. A request still open is closed first.
-  virtual unsigned long openRequest(const std::string& path, bool secure,
-                                    bool ignoreCertErrors) = 0;
+  /// Prepares a GET of `path` (with its query) over HTTP/1.0, through TLS when `secure`.
+  /// `ignoreNameAndDate` accepts a certificate of another name or out of date, and with
+  /// `ignoreUnknownCa` as well any certificate at all. A request still open is closed first.
+  virtual unsigned long openRequest(const std::string& path, bool secure, bool ignoreNameAndDate,
+                                    bool ignoreUnknownCa) = 0;
   /// Sends the request with `headers` (lines ending in CR LF, closed by an empty line) and
   /// waits until the response's headers are in. Redirects are never followed.
   virtual unsigned long send(const std::string& headers) = 0;
