@@ -139,8 +139,8 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   UnicodeString getAttributeValue(ZQName ns, ZQName name) override;
   UnicodeString getAttributeValue(int index) override;
   EventType getEventType() override;
-  EventType next() override = 0;
-  EventType nextToken() override = 0;
+  EventType next() override;
+  EventType nextToken() override;
   UnicodeString getBaseUri() override;
   void pushStream(const UnicodeString& uri, ZQName parseType,
                   const UnicodeString& encoding) override;
@@ -151,7 +151,7 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   void addMathMLEntities() override;
   const void* saveEntityMaps() const override;
   void recoverEntityMaps(const void*& data) override;
-  void rewind() override = 0;
+  void rewind() override;
   void setAutoClose(bool autoClose) override;
   bool isXML() override;
   bool isHTMLSyntax() override;
@@ -210,6 +210,32 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   void readTextDeclaration();
   /// The kind that the built-in table gives a canonical encoding name, or -1.
   static int encodingKindOf(const UnicodeString& name);
+
+  // ---- Markup scanning ----
+  /// Class of what comes next (a PendingToken), read once and kept in m_pendingToken.
+  int peekToken();
+  void parseStartTag();
+  void parseEndTag();
+  void parseText();
+  void parseCdata();
+  void parseComment();
+  void parsePI();
+  void parseMarkupDecl();
+  /// An interned NCName, or 0 when none starts here.
+  ZQName readName();
+  /// A name with an optional prefix; false when no (local) name could be read.
+  bool readQName(ZQName& prefix, ZQName& local);
+  /// Value of a literal; `mode` 0..4 decides quoting and references.
+  UnicodeString readLiteral(int mode);
+  /// Reads a reference after "&": a character into `out`, or an entity's name into `name`.
+  void readReference(UnicodeString& out, ZQName& name, bool expand);
+
+  // ---- Prolog, DTD and entities ----
+  void parseXmlDecl();
+  void parseDocDecl();
+  void parseEntityDecl();
+  /// Reads an external DTD for its entities; run on an inner parser instead of next().
+  void parseExternalSubset();
 
   /// Records the settled document type.
   void settleType(ZQName type) { m_settledType = type; }
