@@ -236,6 +236,14 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   void parseEntityDecl();
   /// Reads an external DTD for its entities; run on an inner parser instead of next().
   void parseExternalSubset();
+  /// At the first start tag: the entity sets the root decides (the MathML set for a `math`
+  /// root without a DOCTYPE).
+  void applyRootEntityRules();
+  /// At a start tag below the root: a MathML `math` element brings the MathML set into scope.
+  void enterMathScope();
+  /// At an end tag: the end of the `math` element that brought the MathML set restores the
+  /// tables saved for it.
+  void leaveMathScope();
 
   /// Records the settled document type.
   void settleType(ZQName type) { m_settledType = type; }
