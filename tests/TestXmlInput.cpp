@@ -810,8 +810,31 @@ TEST(XmlInput, PushedStreamReadsThenOuterContinues) {
   EXPECT_EQ(parser.inputDepth(), 0u);
   EXPECT_EQ(parser.kind(), 1);
   // The first character after the inner input ends comes through a nested read and is
-  // counted by both reads: column 3 when pushed, then "tail" brings it to 8.
-  EXPECT_EQ(parser.getColumnNumber(), 8);
+  // counted once: column 3 when pushed, then "tail" brings it to 7.
+  EXPECT_EQ(parser.getColumnNumber(), 7);
+}
+
+TEST(XmlInput, LineEndAfterInnerInputCountsOnce) {
+  TempDir dir;
+  std::string outer = dir.write("outer.xml", "<a>\nz");
+  dir.write("inner.ent", "x\r");
+  InputParser parser;
+  ZQUri uri(UnicodeString::fromUTF8(outer));
+  parser.setInput(uri, UnicodeString(), UnicodeString());
+  parser.start();
+  EXPECT_EQ(parser.readChar(), '<');
+  EXPECT_EQ(parser.readChar(), 'a');
+  EXPECT_EQ(parser.readChar(), '>');
+  parser.pushStream(u"inner.ent", ZQName(), UnicodeString());
+  EXPECT_EQ(parser.readChar(), 'x');
+  // The inner CR ends its line; the outer LF is a line end of its own.
+  EXPECT_EQ(parser.readChar(), 10);
+  EXPECT_EQ(parser.readChar(), 10);
+  EXPECT_EQ(parser.getLineNumber(), 2);
+  EXPECT_EQ(parser.getColumnNumber(), 0);
+  EXPECT_EQ(parser.readChar(), 'z');
+  EXPECT_EQ(parser.getLineNumber(), 2);
+  EXPECT_EQ(parser.getColumnNumber(), 1);
 }
 
 TEST(XmlInput, PushedStreamWithoutDeclarationKeepsItsText) {

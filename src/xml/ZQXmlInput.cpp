@@ -73,11 +73,23 @@ UChar32 ZQXmlParserImpl::readChar() {
       (m_stringInput || m_inputStack.empty()))
     return END_OF_INPUT;
   UChar32 c = decodeChar();
+  // A character that the outer input gave after an inner one ended has been counted and
+  // checked by the nested readChar already.
+  if (m_readByOuterInput) {
+    m_readByOuterInput = false;
+    return c;
+  }
   if (c == END_OF_INPUT) return c;
   if (c == 13) {
     // CR LF and CR NEL are one line end under both versions.
     UChar32 next = decodeChar();
-    if (next != 10 && next != 133) m_pendingDecoded = next;
+    if (m_readByOuterInput) {
+      // The line end of an inner input does not join the outer input's first character.
+      m_readByOuterInput = false;
+      unreadChar(next);
+    } else if (next != 10 && next != 133) {
+      m_pendingDecoded = next;
+    }
     ++m_lineNumber;
     m_columnNumber = 0;
     return 10;
@@ -206,7 +218,9 @@ UChar32 ZQXmlParserImpl::decodeChar() {
   if (m_stringInput || m_parserType == ZQN_text) return END_OF_INPUT;
   if (m_inputStack.empty()) return END_OF_INPUT;
   popStream();
-  return readChar();
+  UChar32 c = readChar();
+  m_readByOuterInput = true;
+  return c;
 }
 
 // ---- Encodings ----

@@ -222,6 +222,7 @@ void ZQXmlParserImpl::resetParser() {
   m_pushedText.remove();
   m_pushedTextPos = 0;
   m_pendingDecoded = END_OF_INPUT;
+  m_readByOuterInput = false;
   m_textBuffer.remove();
   m_textStart = 0;
   m_cachedText.setToBogus();

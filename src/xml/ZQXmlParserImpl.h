@@ -262,6 +262,7 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   UnicodeString m_pushedText;
   int m_pushedTextPos = 0;
   UChar32 m_pendingDecoded = END_OF_INPUT;
+  bool m_readByOuterInput = false;  ///< decodeChar's result came from a nested readChar
   bool m_xml11 = false;
   int m_encodingKind = ENCODING_NONE;
   UnicodeString m_encodingName;
