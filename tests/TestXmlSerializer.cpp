@@ -1047,6 +1047,19 @@ TEST_F(XmlSerializerTest, UnsortedAttributesKeepTheirOrderBeforeDeclarations) {
   EXPECT_EQ(written(), "<root z=\"2\" a=\"4\" xmlns=\"urn:d\"/>");
 }
 
+TEST_F(XmlSerializerTest, SortingSwitchedOffInsideATagStillWritesWhatWaits) {
+  s->setFeature(ZQXmlSerializer::FEATURE_SORT_ATTRIBUTES, true);
+  begin();
+  s->startTag(ZQName(), nm("a"));
+  s->attribute(ZQName(), nm("y"), u("1"));
+  s->attribute(ZQName(), nm("x"), u("2"));
+  s->setFeature(ZQXmlSerializer::FEATURE_SORT_ATTRIBUTES, false);
+  s->attribute(ZQName(), nm("w"), u("3"));
+  s->startTag(ZQName(), nm("b"));
+  s->endDocument();
+  EXPECT_EQ(written(), "<a w=\"3\" x=\"2\" y=\"1\"><b/></a>");
+}
+
 // ---- the output as another parser reads it ----
 
 TEST_F(XmlSerializerTest, RichDocumentParsesAndRoundTrips) {

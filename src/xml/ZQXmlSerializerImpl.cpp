@@ -385,7 +385,8 @@ void ZQXmlSerializerImpl::finishStartTag(bool empty) {
       }
     }
   }
-  if (m_sortAttributes) {
+  // Entries left by a sorted tag whose feature was switched off since are written too.
+  if (m_sortAttributes || !m_pendingAttributes.empty()) {
     // Emptied first: a write that throws must not leave the entries to the next element.
     auto pending = std::move(m_pendingAttributes);
     m_pendingAttributes.clear();
