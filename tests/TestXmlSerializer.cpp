@@ -459,6 +459,7 @@ TEST_F(XmlSerializerTest, TextFromCharacterArray) {
   s->text(nullptr, 0, 3);
   s->text(chars, 2, 0);
   s->text(chars, 2, -4);
+  s->text(chars + 3, -1, 2);
   s->endTag(ZQName(), nm("a"));
   EXPECT_EQ(written(), "<a>a&lt;b&amp;c</a>");
 }
@@ -488,6 +489,41 @@ TEST_F(XmlSerializerTest, AttributeValueEscapes) {
   s->attribute(ZQName(), nm("v"), value);
   s->endTag(ZQName(), nm("a"));
   EXPECT_EQ(written(), "<a v=\"&lt;&amp;&gt;&quot;'&#9;&#13;\x7F\"/>");
+}
+
+TEST_F(XmlSerializerTest, EscapeFlagsOneByOne) {
+  begin();
+  UnicodeString all(u"&<>\"'\t\n\r");
+  all.append(static_cast<char16_t>(0x01));
+  all.append(static_cast<char16_t>(0x1F));
+  all.append(static_cast<char16_t>(0x7F));
+  auto escaped = [&](int flags) {
+    out.str(std::string());
+    impl()->writeEscapedText(all, flags);
+    return written();
+  };
+  EXPECT_EQ(escaped(0), "&<>\"'\t\n\r\x7F");
+  EXPECT_EQ(escaped(1), "&amp;&lt;&gt;\"'\t\n\r\x7F");
+  EXPECT_EQ(escaped(2), "&amp;&lt;&gt;&quot;'\t\n\r\x7F");
+  EXPECT_EQ(escaped(4), "&amp;&lt;&gt;\"&#39;\t\n\r\x7F");
+  EXPECT_EQ(escaped(8), "&amp;&lt;&gt;\"'&#9;&#10;&#13;&#1;&#31;&#127;");
+  EXPECT_EQ(escaped(16), "&amp;&lt;&gt;\"'&#9;&#10;&#13;\x7F");
+  EXPECT_EQ(escaped(3), "&amp;&lt;&gt;&quot;'\t\n\r\x7F");
+  EXPECT_EQ(escaped(19), "&amp;&lt;&gt;&quot;'&#9;&#10;&#13;\x7F");
+  EXPECT_EQ(escaped(31), "&amp;&lt;&gt;&quot;&#39;&#9;&#10;&#13;&#1;&#31;&#127;");
+  EXPECT_EQ(ZQXmlSerializerImpl::TEXT_FLAGS, 1);
+  EXPECT_EQ(ZQXmlSerializerImpl::ATTRIBUTE_FLAGS, 19);
+  EXPECT_EQ(ZQXmlSerializerImpl::NAMESPACE_FLAGS, 3);
+}
+
+TEST_F(XmlSerializerTest, NumericReferencesAreDecimal) {
+  begin("ASCII");
+  UnicodeString text;
+  text.append(static_cast<char16_t>(0x80));
+  text.append(static_cast<char16_t>(0xFFFD));
+  text.append(static_cast<UChar32>(0x10FFFF));
+  impl()->writeEscapedText(text, 0);
+  EXPECT_EQ(written(), "&#128;&#65533;&#1114111;");
 }
 
 TEST_F(XmlSerializerTest, ControlCharacterDisappears) {
@@ -856,6 +892,13 @@ TEST_F(XmlSerializerTest, DocdeclAfterDroppedPrefixesStillInTheProlog) {
   s->startTag(ZQName(), nm("a"));
   s->endDocument();
   EXPECT_EQ(written(), "<!DOCTYPE a><a/>");
+}
+
+TEST_F(XmlSerializerTest, EndTagAfterPrefixesAtTheTopRaises14) {
+  begin();
+  s->setPrefix(nm("q"), nm("urn:q"));
+  EXPECT_EQ(catchError([&] { s->endTag(ZQName(), ZQName()); }).getErrorCode(), 14);
+  EXPECT_EQ(written(), "");
 }
 
 TEST_F(XmlSerializerTest, GetPrefixFindsDeclaredAndReservedPrefixes) {

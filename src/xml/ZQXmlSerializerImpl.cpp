@@ -434,7 +434,8 @@ ZQXmlSerializer* ZQXmlSerializerImpl::endTag(ZQName ns, ZQName localName) {
 ZQXmlSerializer* ZQXmlSerializerImpl::text(const char16_t* chars, int start, int length) {
   dropPendingPrefixes();
   finishStartTag(false);
-  if (chars && length > 0) {
+  // A negative start would read before the caller's array.
+  if (chars && start >= 0 && length > 0) {
     writeChars(chars + start, length, TEXT_FLAGS);
   } else {
     checkStream();

@@ -89,6 +89,9 @@ class ZQCOMMON_API ZQXmlSerializerImpl : public ZQXmlSerializer {
   void flush() override;
   void setGenerator(const UnicodeString& text) override;
 
+  /// Writes text through the escaping rules with any flags word, also those no operation
+  /// uses (4 and 8); raises 69 or 71 as every write does.
+  void writeEscapedText(const UnicodeString& text, int flags) { writeText(text, flags); }
   /// The state number, for tests and tools.
   int getState() const { return m_state; }
   /// The encoding as stored (cleared by startDocument when it isn't supported).
