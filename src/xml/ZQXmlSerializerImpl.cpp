@@ -47,6 +47,52 @@ const UnicodeString& emptyText() { return ZQEmptyString::EMPTY_VALUE; }
 
 bool isXmlSpace(char16_t c) { return c == 0x20 || c == 0x09 || c == 0x0A || c == 0x0D; }
 
+// Puts bytes straight into the stream's buffer, as the stream's own put and write do but
+// without a sentry per byte. The first refused byte marks the stream bad, and nothing more of
+// the call is written, as with put.
+class ByteSink {
+ public:
+  explicit ByteSink(std::ostream& out) : m_out(out), m_buf(out.rdbuf()) {}
+  void put(char c) {
+    if (m_failed) return;
+    if (!m_buf ||
+        std::ostream::traits_type::eq_int_type(m_buf->sputc(c), std::ostream::traits_type::eof())) {
+      fail();
+    }
+  }
+  void write(const char* text, std::streamsize n) {
+    if (m_failed) return;
+    if (!m_buf || m_buf->sputn(text, n) != n) fail();
+  }
+
+ private:
+  void fail() {
+    m_failed = true;
+    m_out.setstate(std::ios::badbit);
+  }
+
+  std::ostream& m_out;
+  std::streambuf* m_buf;
+  bool m_failed = false;
+};
+
+void putReference(ByteSink& out, UChar32 c) {
+  char buffer[16];
+  int n = 0;
+  buffer[n++] = '&';
+  buffer[n++] = '#';
+  char digits[12];
+  int count = 0;
+  auto value = static_cast<uint32_t>(c);
+  do {
+    digits[count++] = static_cast<char>('0' + value % 10);
+    value /= 10;
+  } while (value != 0);
+  while (count > 0) buffer[n++] = digits[--count];
+  buffer[n++] = ';';
+  out.write(buffer, n);
+}
+
 }  // namespace
 
 ZQXmlSerializerImpl::ZQXmlSerializerImpl()
@@ -520,7 +566,8 @@ void ZQXmlSerializerImpl::setGenerator(const UnicodeString& text) { m_generator 
 
 void ZQXmlSerializerImpl::writeAscii(const char* text) {
   checkStream();
-  m_output->write(text, static_cast<std::streamsize>(std::strlen(text)));
+  ByteSink out(*m_output);
+  out.write(text, static_cast<std::streamsize>(std::strlen(text)));
 }
 
 void ZQXmlSerializerImpl::writeQName(ZQName prefix, ZQName localName) {
@@ -545,27 +592,10 @@ void ZQXmlSerializerImpl::writeText(const UnicodeString& text, int flags) {
   writeChars(text.getBuffer(), text.length(), flags);
 }
 
-void ZQXmlSerializerImpl::writeReference(UChar32 c) {
-  char buffer[16];
-  int n = 0;
-  buffer[n++] = '&';
-  buffer[n++] = '#';
-  char digits[12];
-  int count = 0;
-  auto value = static_cast<uint32_t>(c);
-  do {
-    digits[count++] = static_cast<char>('0' + value % 10);
-    value /= 10;
-  } while (value != 0);
-  while (count > 0) buffer[n++] = digits[--count];
-  buffer[n++] = ';';
-  m_output->write(buffer, n);
-}
-
 void ZQXmlSerializerImpl::writeChars(const char16_t* chars, int length, int flags) {
   checkStream();
   if (!chars || length <= 0) return;
-  std::ostream& out = *m_output;
+  ByteSink out(*m_output);
   const bool asciiOnly = m_outputEncoding != OUTPUT_UTF8;
   for (int i = 0; i < length; ++i) {
     const char16_t c = chars[i];
@@ -589,7 +619,7 @@ void ZQXmlSerializerImpl::writeChars(const char16_t* chars, int length, int flag
       if (((flags & ESCAPE_APOSTROPHE) && c == u'\'') ||
           ((flags & ESCAPE_CONTROLS) && (c < 32 || c == 127)) ||
           ((flags & ESCAPE_LINE_BREAKS) && (c == 9 || c == 10 || c == 13))) {
-        writeReference(c);
+        putReference(out, c);
         continue;
       }
     }
@@ -605,7 +635,7 @@ void ZQXmlSerializerImpl::writeChars(const char16_t* chars, int length, int flag
       ++i;
     }
     if (asciiOnly) {
-      writeReference(cp);
+      putReference(out, cp);
     } else if (cp < 0x800) {
       out.put(static_cast<char>(0xC0 | (cp >> 6)));
       out.put(static_cast<char>(0x80 | (cp & 0x3F)));

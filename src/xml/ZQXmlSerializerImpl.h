@@ -131,7 +131,6 @@ class ZQCOMMON_API ZQXmlSerializerImpl : public ZQXmlSerializer {
   void writeAscii(const char* text);
   void writeText(const UnicodeString& text, int flags);
   void writeChars(const char16_t* chars, int length, int flags);
-  void writeReference(UChar32 c);
   void writeQName(ZQName prefix, ZQName localName);
   void writeAttribute(ZQName prefix, ZQName localName, const UnicodeString& value);
 
