@@ -13,6 +13,7 @@
 
 #include "StreamTestSupport.h"
 #include "TestSupport.h"
+#include "common/ZQCommon.h"
 #include "common/ZQError.h"
 #include "common/ZQNameEnum.h"
 #include "common/ZQXmlSerializer.h"
@@ -1101,6 +1102,37 @@ TEST_F(XmlSerializerTest, SortingSwitchedOffInsideATagStillWritesWhatWaits) {
   s->startTag(ZQName(), nm("b"));
   s->endDocument();
   EXPECT_EQ(written(), "<a w=\"3\" x=\"2\" y=\"1\"><b/></a>");
+}
+
+// ---- the ways a document drives it ----
+
+TEST_F(XmlSerializerTest, ContentWithoutStartDocumentHasNoDeclaration) {
+  s->setOutput(out, u("UTF-8"), UnicodeString());
+  s->startTag(nm("urn:e"), ZQName(), nm("e"));
+  s->text(fromUtf8("\xC3\xA9"));
+  s->endDocument();
+  EXPECT_EQ(written(), "<e xmlns=\"urn:e\">\xC3\xA9</e>");
+}
+
+TEST_F(XmlSerializerTest, LargeDocumentWrittenPiecewise) {
+  s->setOutput(out, UnicodeString(), UnicodeString());
+  s->startDocument(UnicodeString(), UnicodeString());
+  // The root's start tag with its attributes only...
+  s->startTag(nm("urn:r"), ZQName(), nm("root"));
+  s->attribute(ZQName(), ZQName(), nm("n"), u("1"));
+  // ...then each child as it is finished...
+  for (int i = 0; i < 3; ++i) {
+    s->startTag(nm("urn:r"), ZQName(), nm("child"));
+    s->text(UnicodeString(static_cast<char16_t>(u'0' + i)));
+    s->endTag(nm("urn:r"), nm("child"));
+  }
+  // ...then the root's end tag.
+  s->endTag(nm("urn:r"), nm("root"));
+  s->endDocument();
+  EXPECT_EQ(written(),
+            "<?xml version=\"1.0\"?><root n=\"1\" xmlns=\"urn:r\"><child>0</child>"
+            "<child>1</child><child>2</child></root>");
+  EXPECT_NE(ParsedXml(written()).doc, nullptr);
 }
 
 // ---- the output as another parser reads it ----
