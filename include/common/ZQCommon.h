@@ -35,5 +35,6 @@
 #include "common/ZQValueArray.h"
 #include "common/ZQXmlCatalogs.h"
 #include "common/ZQXmlParser.h"
+#include "common/ZQXmlSerializer.h"
 #include "common/ZQXmlUtil.h"
 #include "common/ZQZipFile.h"
