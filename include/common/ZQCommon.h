@@ -8,6 +8,7 @@
 #include "common/ZQDataUri.h"
 #include "common/ZQDigest.h"
 #include "common/ZQDocument.h"
+#include "common/ZQElement.h"
 #include "common/ZQError.h"
 #include "common/ZQExport.h"
 #include "common/ZQGzipStream.h"
