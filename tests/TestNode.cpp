@@ -721,6 +721,18 @@ TEST(Node, DeleteAllChildNodesCountsEveryNode) {
   EXPECT_EQ(p->deleteAllChildNodes(), 0L);
 }
 
+TEST(Node, DeleteAllChildNodesOfADeepTree) {
+  ZQPtr<ZQDocument> doc(new ZQDocument());
+  ZQPtr<ZQNode> root = el(doc, "r");
+  ZQNode* n = root;
+  for (int i = 0; i < 1000000; ++i) n = n->appendChild(el(doc, "n"));
+  root->appendChild(el(doc, "sibling"))->appendChildText(u("t"));
+  int live = TestElement::liveCount;
+  EXPECT_EQ(root->deleteAllChildNodes(), 1000002L);
+  EXPECT_EQ(TestElement::liveCount, live - 1000001);
+  EXPECT_FALSE(root->hasChildNodesFast());
+}
+
 // ---------------------------------------------------------------- destruction
 
 TEST(Node, HeldNodeOutlivesItsParent) {

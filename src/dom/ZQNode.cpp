@@ -331,20 +331,28 @@ void ZQNode::appendChildren(ZQNode* first, ZQNode* stop) {
 
 void ZQNode::removeAllChildNodes() { releaseChildren(); }
 
-// Recursion on depth and plain arithmetic on the counts are the point of this fast path: the
-// caller promises that nothing else holds a node of the subtree.
+// Plain arithmetic on the counts is the point of this fast path: the caller promises that
+// nothing else holds a node of the subtree. The nodes still to visit are chained through their
+// previous links, which already chain each run of siblings, so a deep tree needs neither
+// recursion nor a stack of its own.
 long ZQNode::deleteAllChildNodes() {
-  ZQNode* last = m_lastChild;
-  m_lastChild = nullptr;
   long count = 0;
-  for (ZQNode* child = last; child;) {
-    ZQNode* previous = child->m_previousSibling;
-    count += 1 + child->deleteAllChildNodes();
-    child->m_parent = nullptr;
-    child->m_nextSibling = nullptr;
-    child->m_previousSibling = nullptr;
-    if (child->decrementRefCount() < 1) delete child;
-    child = previous;
+  ZQNode* todo = m_lastChild;
+  m_lastChild = nullptr;
+  while (todo) {
+    ZQNode* node = todo;
+    todo = node->m_previousSibling;
+    if (ZQNode* last = node->m_lastChild) {
+      ZQNode* first = last->m_nextSibling;
+      first->m_previousSibling = todo;  // the children's run goes ahead of the rest
+      todo = last;
+    }
+    node->m_parent = nullptr;
+    node->m_nextSibling = nullptr;
+    node->m_previousSibling = nullptr;
+    node->m_lastChild = nullptr;
+    ++count;
+    if (node->decrementRefCount() < 1) delete node;
   }
   return count;
 }
