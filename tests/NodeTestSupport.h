@@ -7,6 +7,7 @@
 
 #include "TestSupport.h"
 #include "common/ZQDocument.h"
+#include "common/ZQElement.h"
 #include "common/ZQNode.h"
 
 namespace zqtest {
@@ -106,7 +107,11 @@ class ScriptDocument : public ZQDocument {
       if (ev.kind == Event::TEXT) {
         node = parent->appendChildText(u(ev.text));
       } else {
-        ZQPtr<ZQNode> element(new TestElement(this, ZQName(u(ev.text))));
+        ZQPtr<ZQNode> element;
+        if (useFactory)
+          element = ZQPtr<ZQNode>(createElementNS(ZQName(), ZQName(), ZQName(u(ev.text))).get());
+        else
+          element = ZQPtr<ZQNode>(new TestElement(this, ZQName(u(ev.text))));
         element->setFlag(FLAG_LOADING, true);
         node = parent->appendChildEx(element.get());
       }
@@ -119,6 +124,8 @@ class ScriptDocument : public ZQDocument {
   size_t pending() const { return m_script.size() - m_pos; }
 
   int loadCalls = 0;
+  /// Elements come from the document's own factory instead of being test elements.
+  bool useFactory = false;
 
  private:
   static void markDone(ZQNode* node) {

@@ -1340,3 +1340,184 @@ TEST(DocumentSkeleton, EagerLoadBuildsTheSameTree) {
   doc->open({Ev::S("other"), Ev::E()}, false);
   EXPECT_EQ(names(childrenFast(doc)), "other");
 }
+
+// ---------------------------------------------------------------- namespace look-ups
+
+namespace {
+
+ZQName N(const char* text) { return ZQName(u(text)); }
+
+// doc( root[xmlns:p="urn:p" xmlns="urn:d"]( mid( 'text', <?pi?> ) ) )
+struct NsTree {
+  ZQPtr<ZQDocument> doc{new ZQDocument()};
+  ZQElement* root;
+  ZQElement* mid;
+  ZQNode* text;
+  ZQNode* pi;
+  NsTree() {
+    root = static_cast<ZQElement*>(doc->appendChild(doc->createElement(N("root"))));
+    root->setAttributeXMLNS(N("urn:p"), N("p"));
+    root->setAttributeNS(ZQName(ZQN_NS_XMLNS), ZQName(), ZQName(ZQN_xmlns), ZQValue(N("urn:d")));
+    mid = static_cast<ZQElement*>(root->appendChild(doc->createElement(N("mid"))));
+    text = mid->appendChildText(u("text"));
+    pi = mid->appendChild(doc->createProcessingInstruction(N("pi"), u("")));
+  }
+};
+
+}  // namespace
+
+TEST(NodeNamespaces, TextAndInstructionAskTheirParentElement) {
+  NsTree t;
+  for (ZQNode* n : {t.text, t.pi}) {
+    EXPECT_EQ(n->lookupNamespaceUri(N("p")), N("urn:p"));
+    EXPECT_EQ(n->lookupNamespaceUri(ZQName()), N("urn:d"));
+    EXPECT_TRUE(n->lookupNamespaceUri(N("q")).isEmpty());
+    EXPECT_EQ(n->lookupPrefix(N("urn:p")), N("p"));
+    EXPECT_TRUE(n->lookupPrefix(N("urn:none")).isEmpty());
+    EXPECT_TRUE(n->isDefaultNamespace(N("urn:d")));
+    EXPECT_FALSE(n->isDefaultNamespace(N("urn:p")));
+  }
+}
+
+TEST(NodeNamespaces, DocumentAsksItsDocumentElement) {
+  NsTree t;
+  EXPECT_EQ(t.doc->getDocumentElement(), t.root);
+  EXPECT_EQ(t.doc->lookupNamespaceUri(N("p")), N("urn:p"));
+  EXPECT_EQ(t.doc->lookupPrefix(N("urn:p")), N("p"));
+  EXPECT_TRUE(t.doc->isDefaultNamespace(N("urn:d")));
+  ZQPtr<ZQDocument> empty(new ZQDocument());
+  empty->appendChild(empty->createProcessingInstruction(N("pi"), u("")));
+  EXPECT_EQ(empty->getDocumentElement(), nullptr);
+  EXPECT_TRUE(empty->lookupNamespaceUri(N("p")).isEmpty());
+  EXPECT_TRUE(empty->lookupPrefix(N("urn:p")).isEmpty());
+  EXPECT_FALSE(empty->isDefaultNamespace(ZQName()));
+}
+
+TEST(NodeNamespaces, FragmentsAndDetachedNodesFindNothing) {
+  NsTree t;
+  ZQPtr<ZQDocumentFragment> frag = t.doc->createDocumentFragment();
+  ZQNode* e = frag->appendChild(t.doc->createElementNS(N("urn:f"), N("f"), N("e")));
+  ZQNode* inner = frag->appendChildText(u("x"));
+  EXPECT_EQ(e->lookupNamespaceUri(N("f")), N("urn:f"));
+  EXPECT_TRUE(frag->lookupNamespaceUri(N("f")).isEmpty());
+  EXPECT_TRUE(frag->lookupPrefix(N("urn:f")).isEmpty());
+  EXPECT_FALSE(frag->isDefaultNamespace(ZQName()));
+  // A text whose parent is no element.
+  EXPECT_TRUE(inner->lookupNamespaceUri(N("f")).isEmpty());
+  EXPECT_FALSE(inner->isDefaultNamespace(ZQName()));
+  ZQPtr<ZQTextNode> detached = t.doc->createTextNode(u("d"));
+  EXPECT_TRUE(detached->lookupPrefix(N("urn:p")).isEmpty());
+  EXPECT_TRUE(detached->lookupNamespaceUri(ZQName()).isEmpty());
+  // Text directly under the document: the document is no element.
+  ZQNode* top = t.doc->appendChildText(u("top"));
+  EXPECT_TRUE(top->lookupNamespaceUri(N("p")).isEmpty());
+}
+
+TEST(NodeNamespaces, AttributesAskTheirOwnerElement) {
+  NsTree t;
+  t.mid->setAttribute(N("a"), ZQValue(u("v"), ZQUNIT_NONE));
+  ZQAttr* attr = t.mid->getAttributeNode(N("a"));
+  ASSERT_NE(attr, nullptr);
+  EXPECT_EQ(attr->lookupNamespaceUri(N("p")), N("urn:p"));
+  EXPECT_EQ(attr->lookupPrefix(N("urn:p")), N("p"));
+  EXPECT_TRUE(attr->isDefaultNamespace(N("urn:d")));
+  ZQPtr<ZQAttr> loose = t.doc->createAttribute(N("loose"));
+  EXPECT_TRUE(loose->lookupNamespaceUri(N("p")).isEmpty());
+  EXPECT_FALSE(loose->isDefaultNamespace(ZQName()));
+}
+
+TEST(NodeNamespaces, NoPrefixIsBoundImplicitly) {
+  NsTree t;
+  EXPECT_TRUE(t.text->lookupNamespaceUri(ZQName(ZQN_xml)).isEmpty());
+  EXPECT_TRUE(t.text->lookupNamespaceUri(ZQName(ZQN_xmlns)).isEmpty());
+  EXPECT_TRUE(t.text->lookupPrefix(ZQName(ZQN_NS_XML)).isEmpty());
+  t.root->setAttributeXMLNS(ZQName(ZQN_NS_XML), ZQName(ZQN_xml));
+  EXPECT_EQ(t.text->lookupNamespaceUri(ZQName(ZQN_xml)), ZQName(ZQN_NS_XML));
+}
+
+TEST(NodeNamespaces, ElementsOfOtherClassesUseTheirStoredNames) {
+  // Elements that are not of the element family go through the base look-ups.
+  NsTree t;
+  ZQNode* x =
+      t.mid->appendChild(ZQPtr<ZQNode>(new TestElement(t.doc, N("x"), N("urn:x"), N("px"))));
+  ZQNode* y = x->appendChild(ZQPtr<ZQNode>(new TestElement(t.doc, N("y"), N("urn:y"))));
+  ZQNode* yt = y->appendChildText(u("t"));
+  EXPECT_EQ(x->lookupNamespaceUri(N("px")), N("urn:x"));
+  EXPECT_EQ(yt->lookupNamespaceUri(N("px")), N("urn:x"));
+  EXPECT_EQ(yt->lookupNamespaceUri(N("p")), N("urn:p"));    // declared on root, through mid
+  EXPECT_EQ(yt->lookupNamespaceUri(ZQName()), N("urn:y"));  // y's own, without prefix
+  EXPECT_EQ(x->lookupNamespaceUri(ZQName()), N("urn:d"));
+  EXPECT_EQ(y->lookupPrefix(N("urn:x")), N("px"));
+  EXPECT_EQ(y->lookupPrefix(N("urn:p")), N("p"));
+  EXPECT_TRUE(y->lookupPrefix(N("urn:y")).isEmpty());  // no prefix to give
+  EXPECT_TRUE(yt->isDefaultNamespace(N("urn:y")));     // no prefix: its own namespace
+  EXPECT_FALSE(yt->isDefaultNamespace(N("urn:d")));
+  // With a prefix and no declaration, the parent's answer.
+  EXPECT_TRUE(x->isDefaultNamespace(N("urn:d")));
+  // A prefix whose binding below is shadowed is no answer for the origin.
+  ZQNode* z = y->appendChild(ZQPtr<ZQNode>(new TestElement(t.doc, N("z"), N("urn:other"), N("p"))));
+  EXPECT_EQ(z->lookupNamespaceUri(N("p")), N("urn:other"));
+  EXPECT_TRUE(z->lookupPrefix(N("urn:p")).isEmpty());
+}
+
+TEST(NodeNamespaces, DeepChainsDoNotRecurse) {
+  ZQPtr<ZQDocument> doc(new ZQDocument());
+  ZQPtr<ZQNode> top(new TestElement(doc, N("top"), N("urn:top"), N("t")));
+  ZQNode* n = top;
+  for (int i = 0; i < 200000; ++i) n = n->appendChild(el(doc, "n"));
+  EXPECT_EQ(n->lookupNamespaceUri(N("t")), N("urn:top"));
+  EXPECT_EQ(n->lookupPrefix(N("urn:top")), N("t"));
+}
+
+// ---------------------------------------------------------------- with the element family
+
+TEST(NodeWithElements, DeepCloneStopsAtAProcessingInstruction) {
+  ZQPtr<ZQDocument> doc(new ZQDocument());
+  ZQPtr<ZQElement> e = doc->createElementNS(N("urn:e"), N("p"), N("e"));
+  e->appendChildText(u("before"));
+  e->appendChild(doc->createProcessingInstruction(N("pi"), u("d")));
+  expectError([&] { e->cloneNode(true); }, 3, "SYSTEM ERROR: newChild is null.",
+              "ZQCommonNS::ZQNode::appendChild");
+  ZQPtr<ZQNode> shallow = e->cloneNode(false);
+  ASSERT_NE(shallow, nullptr);
+  EXPECT_FALSE(shallow->hasChildNodesFast());
+}
+
+TEST(NodeWithElements, DocumentElementIsTheFirstElementChild) {
+  ZQPtr<ZQDocument> doc(new ZQDocument());
+  EXPECT_EQ(doc->getDocumentElement(), nullptr);
+  doc->appendChild(doc->createProcessingInstruction(N("pi"), u("")));
+  doc->appendChildText(u("\n"));
+  doc->appendChild(el(doc, "not-of-the-family"));
+  EXPECT_EQ(doc->getDocumentElement(), nullptr);
+  ZQPtr<ZQElement> root = doc->createElement(N("root"));
+  doc->appendChild(root);
+  doc->appendChild(doc->createElement(N("second")));
+  EXPECT_EQ(doc->getDocumentElement(), root.get());
+}
+
+TEST(NodeWithElements, DocumentElementLoadsUpToTheFirstElement) {
+  ZQPtr<ScriptDocument> doc(new ScriptDocument());
+  doc->useFactory = true;
+  doc->open({Ev::T("lead"), Ev::S("root"), Ev::S("a"), Ev::E(), Ev::E()});
+  ZQElement* root = doc->getDocumentElement();
+  ASSERT_NE(root, nullptr);
+  EXPECT_EQ(utf8(root->getLocalName().toString()), "root");
+  EXPECT_EQ(root->getTypeID(), ElementNS::getStaticTypeID());
+  EXPECT_EQ(doc->pending(), 3u);
+  EXPECT_FALSE(root->hasChildNodesFast());
+}
+
+TEST(NodeWithElements, InnerTextAndListsOfRealElements) {
+  ZQPtr<ZQDocument> doc(new ZQDocument());
+  ZQPtr<ZQElement> p = doc->createElement(N("p"));
+  p->appendChildText(u("a"));
+  ZQNode* b = p->appendChild(doc->createElementNS(N("urn:b"), N("b"), N("bold")));
+  b->appendChildText(u("b"));
+  p->appendChildText(u("c"));
+  EXPECT_EQ(utf8(p->getInnerText()), "abc");
+  EXPECT_EQ(utf8(b->getInnerText()), "b");
+  EXPECT_EQ(p->getElementsByTagNameNS(N("urn:b"), N("bold"))->getLength(), 1);
+  EXPECT_EQ(p->getElementsByTagName(N("bold"))->item(0), b);
+  EXPECT_EQ(p->getElementsByTagName(N("b:bold"))->getLength(), 0);  // local names only
+}

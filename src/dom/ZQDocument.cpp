@@ -2,6 +2,7 @@
 // start of a load.
 #include "common/ZQDocument.h"
 
+#include "common/ZQElement.h"
 #include "common/ZQXmlUtil.h"
 
 namespace ZQCommonNS {
@@ -48,6 +49,13 @@ void ZQDocument::setBaseUri(const UnicodeString& text) {
   ZQUri uri(text);
   uri.checkRedirection();
   m_baseUri = uri.toString();
+}
+
+ZQElement* ZQDocument::getDocumentElement() const {
+  for (ZQNode* child = getFirstChild(); child; child = child->getNextSibling())
+    if (child->getNodeType() == ELEMENT_NODE && child->isA(ZQElement::getStaticTypeID()))
+      return static_cast<ZQElement*>(child);
+  return nullptr;
 }
 
 // ---- factories of the classes of this family ----
