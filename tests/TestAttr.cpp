@@ -387,3 +387,13 @@ TEST_F(AttrTest, SetNamedItemOfAnOwnedAttributeFailsWithCode8) {
   EXPECT_EQ(owned->getOwnerElement(), other.get());
   EXPECT_FALSE(elem->hasAttributes());
 }
+
+TEST_F(AttrTest, TheMapIsOnePointerAndTheElementHoldsItOnce) {
+  EXPECT_EQ(sizeof(AttrNodeMap), sizeof(ZQNamedNodeMap) + sizeof(void*));
+  EXPECT_EQ(sizeof(Attr), sizeof(ZQAttr) + sizeof(ZQNamedValue));
+  EXPECT_EQ(sizeof(ZQAttr), sizeof(ZQNode));
+  EXPECT_EQ(elem->getAttributes()->getRefCount(), 1);
+  elem->setAttribute(N("a"), S("1"));
+  EXPECT_EQ(elem->getAttributes()->getRefCount(), 1);
+  EXPECT_EQ(elem->getAttributeNode(N("a"))->getRefCount(), 1);  // the map's one reference
+}

@@ -581,3 +581,122 @@ TEST_F(ElementTest, DeepCloneOfAMillionNestedElementsDoesNotExhaustTheStack) {
   EXPECT_EQ(utf8(walk->getText()), "leaf");
   EXPECT_EQ(last->getChildNodeCount(), 1);
 }
+
+// ---- cloning through the virtual factories and hooks ----
+
+namespace {
+
+/// An element class of a layer above, counting the clones asked of it.
+class CountingElement : public ElementNS {
+ public:
+  CountingElement(ZQDocument* doc, ZQName uri, ZQName prefix, ZQName local)
+      : ElementNS(doc, uri, prefix, local) {}
+  ZQPtr<ZQNode> cloneNode(bool deep) const override {
+    ++(deep ? deepCalls : shallowCalls);
+    return ElementNS::cloneNode(deep);
+  }
+  static int deepCalls;
+  static int shallowCalls;
+};
+int CountingElement::deepCalls = 0;
+int CountingElement::shallowCalls = 0;
+
+/// A document of a layer above: its own element and attribute classes, an optional refusal of
+/// new elements, and content that grows one text at a time under one loading element.
+class LayerDocument : public ZQDocument {
+ public:
+  ZQPtr<ZQElement> createElementNS(ZQName uri, ZQName prefix, ZQName local) override {
+    if (refuseElements) return ZQPtr<ZQElement>();
+    return ZQPtr<ZQElement>(new CountingElement(this, uri, prefix, local));
+  }
+  ZQPtr<ZQAttr> createAttribute(ZQName qname) override {
+    ++attributesMade;
+    return ZQDocument::createAttribute(qname);
+  }
+  ZQPtr<ZQAttr> createAttributeNS(ZQName uri, ZQName prefix, ZQName local) override {
+    ++attributesMade;
+    return ZQDocument::createAttributeNS(uri, prefix, local);
+  }
+  ZQNode* loadNextNode() override {
+    if (growing == nullptr) return nullptr;
+    if (pendingTexts == 0) {
+      growing->setFlag(ZQNode::FLAG_LOADING, false);
+      growing->setFlag(ZQNode::FLAG_LOAD_DONE, true);
+      growing = nullptr;
+      return nullptr;
+    }
+    --pendingTexts;
+    return growing->appendChildText(UnicodeString(u"t"));
+  }
+
+  bool refuseElements = false;
+  int attributesMade = 0;
+  ZQNode* growing = nullptr;
+  int pendingTexts = 0;
+};
+
+}  // namespace
+
+TEST(ElementClone, ChildrenAreClonedThroughTheirOwnVirtualCloneNode) {
+  ZQPtr<LayerDocument> doc(new LayerDocument());
+  ZQPtr<ZQElement> root = doc->createElementNS(ZQName(), ZQName(), N("r"));
+  ZQPtr<ZQElement> a = doc->createElementNS(ZQName(), ZQName(), N("a"));
+  ZQPtr<ZQElement> b = doc->createElementNS(ZQName(), ZQName(), N("b"));
+  ZQPtr<ZQElement> c = doc->createElementNS(ZQName(), ZQName(), N("c"));
+  root->appendChild(a.get());
+  a->appendChild(b.get());
+  root->appendChild(c.get());
+  CountingElement::deepCalls = CountingElement::shallowCalls = 0;
+  ZQPtr<ZQNode> clone = root->cloneNode(true);
+  EXPECT_EQ(CountingElement::deepCalls, 4);  // the root and each of its three descendants
+  EXPECT_EQ(CountingElement::shallowCalls, 0);
+  ASSERT_NE(clone, nullptr);
+  EXPECT_TRUE(clone->isA(ElementNS::getStaticTypeID()));
+  ZQNode* ca = clone->getFirstChildFast();
+  ASSERT_NE(ca, nullptr);
+  EXPECT_EQ(ca->getLocalName(), N("a"));
+  ASSERT_NE(ca->getFirstChildFast(), nullptr);
+  EXPECT_EQ(ca->getFirstChildFast()->getLocalName(), N("b"));
+  EXPECT_EQ(ca->getNextSiblingFast()->getLocalName(), N("c"));
+  EXPECT_EQ(clone->getChildNodeCount(), 2);
+}
+
+TEST(ElementClone, ARefusedElementGivesAnEmptyClone) {
+  ZQPtr<LayerDocument> doc(new LayerDocument());
+  ZQPtr<ZQElement> e = doc->createElement(N("e"));
+  doc->refuseElements = true;
+  EXPECT_EQ(e->cloneNode(false), nullptr);
+  EXPECT_EQ(e->cloneNode(true), nullptr);
+}
+
+TEST(ElementClone, ADeepCloneCompletesALoadingElement) {
+  ZQPtr<LayerDocument> doc(new LayerDocument());
+  ZQPtr<ZQElement> e = doc->createElement(N("e"));
+  e->setFlag(ZQNode::FLAG_LOADING, true);
+  doc->growing = e.get();
+  doc->pendingTexts = 3;
+  ZQPtr<ZQNode> clone = e->cloneNode(true);
+  ASSERT_NE(clone, nullptr);
+  EXPECT_EQ(doc->pendingTexts, 0);
+  EXPECT_TRUE(e->getFlag(ZQNode::FLAG_LOAD_DONE));
+  int texts = 0;
+  for (ZQNode* n = clone->getFirstChildFast(); n != nullptr; n = n->getNextSiblingFast()) {
+    EXPECT_TRUE(n->isText());
+    ++texts;
+  }
+  EXPECT_EQ(texts, 3);
+  // The flags went over as they were when the clone began, the loading bit with them.
+  EXPECT_TRUE(clone->getFlag(ZQNode::FLAG_LOADING));
+}
+
+TEST(ElementClone, AttributesAreMadeByTheDocumentsVirtualFactories) {
+  ZQPtr<LayerDocument> doc(new LayerDocument());
+  ZQPtr<ZQElement> e = doc->createElement(N("e"));
+  e->setAttribute(N("a"), ZQValue(1));
+  e->setAttribute(N("a"), ZQValue(2));  // the existing node takes the value
+  e->setAttributeNS(N("urn:x"), N("p"), N("b"), ZQValue(3));
+  EXPECT_EQ(doc->attributesMade, 2);
+  ZQPtr<ZQNode> clone = e->cloneNode(false);
+  EXPECT_EQ(doc->attributesMade, 4);  // the clone sets both through createAttributeNS
+  EXPECT_EQ(ringOf(static_cast<ZQElement*>(clone.get())), "a=2 p:b=3");
+}
