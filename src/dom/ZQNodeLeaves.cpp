@@ -1,0 +1,54 @@
+// The small leaf nodes: text, processing instruction, document fragment.
+#include "common/ZQDocument.h"
+#include "common/ZQNode.h"
+
+namespace ZQCommonNS {
+
+// ---- ZQTextNode ----
+
+ZQTextNode::ZQTextNode(ZQDocument* ownerDocument, const UnicodeString& text)
+    : ZQNode(ownerDocument), m_text(text), m_bidiLevel(-1) {}
+
+ZQTextNode::~ZQTextNode() = default;
+
+ZQName ZQTextNode::getLocalName() const { return ZQName(ZQN_hash_text); }
+
+ZQValue ZQTextNode::getNodeValue() const { return ZQValue(m_text, ZQUNIT_NONE); }
+
+void ZQTextNode::setNodeValue(const ZQValue& value) { m_text = value.toString(); }
+
+ZQPtr<ZQNode> ZQTextNode::cloneNode(bool) const {
+  if (!m_ownerDocument) return ZQPtr<ZQNode>();
+  ZQPtr<ZQTextNode> clone = m_ownerDocument->createTextNode(m_text);
+  if (clone) cloneMembers(clone.get());
+  return ZQPtr<ZQNode>(clone.get());
+}
+
+void ZQTextNode::cloneMembers(ZQNode* to) const {
+  ZQNode::cloneMembers(to);
+  // A target of another class is the caller's error; it gets the flags only.
+  if (to && to->isA(ZQTextNode::getStaticTypeID()))
+    static_cast<ZQTextNode*>(to)->m_bidiLevel = m_bidiLevel;
+}
+
+int ZQTextNode::getLength() const { return m_text.length(); }
+UnicodeString ZQTextNode::getData() const { return m_text; }
+void ZQTextNode::setData(const UnicodeString& data) { m_text = data; }
+
+// ---- ZQProcessingInstruction ----
+
+ZQProcessingInstruction::ZQProcessingInstruction(ZQDocument* ownerDocument, ZQName target,
+                                                 const UnicodeString& data)
+    : ZQNode(ownerDocument), m_target(target), m_data(data) {}
+
+ZQProcessingInstruction::~ZQProcessingInstruction() = default;
+
+// ---- ZQDocumentFragment ----
+
+ZQDocumentFragment::ZQDocumentFragment(ZQDocument* ownerDocument) : ZQNode(ownerDocument) {}
+
+ZQDocumentFragment::~ZQDocumentFragment() = default;
+
+ZQName ZQDocumentFragment::getLocalName() const { return ZQName(ZQN_hash_document_fragment); }
+
+}  // namespace ZQCommonNS
