@@ -182,3 +182,30 @@ TEST(XmlScanner, StartDocumentSetsLineOneColumnZero) {
   EXPECT_EQ(doc->getColumnNumber(), 4);
   EXPECT_EQ(doc->getInputEncoding(), u"UTF-8");
 }
+
+// ---- Entity-expansion guard ----
+
+namespace {
+
+/// Ten times the reference to the entity below, nine levels deep: 10^9 characters if
+/// everything were expanded.
+void declareLaughs(ScanParser* parser) {
+  parser->defineEntityReplacementText(ZQName(u"lol0"), u"lol");
+  for (int i = 1; i <= 9; ++i) {
+    UnicodeString value;
+    UnicodeString ref = UnicodeString(u"&lol").append(UChar(u'0' + i - 1)).append(u";");
+    for (int k = 0; k < 10; ++k) value.append(ref);
+    parser->defineEntityReplacementText(ZQName(UnicodeString(u"lol").append(UChar(u'0' + i))),
+                                        value);
+  }
+}
+
+}  // namespace
+
+TEST(XmlScannerGuard, BillionLaughsEndsWithError190) {
+  Doc doc("<r>&lol9;</r>");
+  declareLaughs(doc.parser.get());
+  EXPECT_EQ(doc.trace().substr(0, 5), "<r T(");
+  EXPECT_TRUE(doc.errors.has(190));
+  EXPECT_LE(doc->expandedChars(), int64_t(32) << 20);
+}
