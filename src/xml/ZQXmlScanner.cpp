@@ -135,10 +135,12 @@ ZQXmlParser::EventType ZQXmlParserImpl::nextToken() {
         parsePI();
         return m_eventType;
       case TOKEN_DECLARATION:
-        // A section dropped in content makes no event of its own: the next token is read.
         m_markupDropped = false;
         parseMarkupDecl();
-        if (m_markupDropped) continue;
+        // A section dropped in content leaves the event as it was. While next() merges text
+        // that is a TEXT adding nothing; any other event would be repeated, so the next
+        // token is read instead.
+        if (m_markupDropped && !(m_eventType == TEXT && m_textStart > 0)) continue;
         return m_eventType;
       default:
         return endOfInput();
