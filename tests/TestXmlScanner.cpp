@@ -3,6 +3,7 @@
 // expansion.
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -1368,7 +1369,201 @@ void declareLaughs(ScanParser* parser) {
 TEST(XmlScannerGuard, BillionLaughsEndsWithError190) {
   Doc doc("<r>&lol9;</r>");
   declareLaughs(doc.parser.get());
-  EXPECT_EQ(doc.trace().substr(0, 5), "<r T(");
+  std::string trace = doc.trace();
+  EXPECT_EQ(trace.substr(0, 5), "<r T(");
+  EXPECT_EQ(trace.substr(trace.size() - 7), ") </r $");
   EXPECT_TRUE(doc.errors.has(190));
   EXPECT_LE(doc->expandedChars(), int64_t(32) << 20);
+}
+
+TEST(XmlScannerGuard, BillionLaughsInAnAttributeEndsWithError190) {
+  Doc doc("<r a='&lol9;'/>");
+  declareLaughs(doc.parser.get());
+  doc.toStartTag();
+  EXPECT_TRUE(doc.errors.has(190));
+  EXPECT_LE(doc->getAttributeValue(0).length(), 32 << 20);
+}
+
+TEST(XmlScannerGuard, EntityNamingItselfEndsWithError190) {
+  Doc doc("<r>a&a;b</r>");
+  doc->defineEntityReplacementText(ZQName(u"a"), u"&a;");
+  EXPECT_EQ(doc.trace(), "<r T(ab) </r $");
+  ASSERT_EQ(doc.errors.codes(), std::vector<int>({190}));
+  EXPECT_EQ(doc.errors.list[0].getRawMessage(), u"Entity expansion limit exceeded: &a;");
+}
+
+TEST(XmlScannerGuard, EntityNamingItselfInAnAttribute) {
+  Doc doc("<r x='1&a;2'/>");
+  doc->defineEntityReplacementText(ZQName(u"a"), u"&a;");
+  doc.toStartTag();
+  EXPECT_EQ(doc->getAttributeValue(0), u"12");
+  EXPECT_EQ(doc.errors.codes(), std::vector<int>({190}));
+}
+
+TEST(XmlScannerGuard, EntityNamingItselfWithTextAroundGrowsThenStops) {
+  Doc doc("<r>&a;</r>");
+  doc->defineEntityReplacementText(ZQName(u"a"), u"(&a;)");
+  EXPECT_EQ(doc.trace(), "<r T(" + std::string(64, '(') + std::string(64, ')') + ") </r $");
+  EXPECT_EQ(doc.errors.codes(), std::vector<int>({190}));
+}
+
+TEST(XmlScannerGuard, MutualRecursionEndsWithError190) {
+  Doc doc("<r>&a;</r>");
+  doc->defineEntityReplacementText(ZQName(u"a"), u"x&b;");
+  doc->defineEntityReplacementText(ZQName(u"b"), u"&a;y");
+  std::string trace = doc.trace();
+  EXPECT_EQ(trace.substr(trace.size() - 7), ") </r $");
+  EXPECT_EQ(doc.errors.codes(), std::vector<int>({190}));
+}
+
+TEST(XmlScannerGuard, ThrownWithoutCallback) {
+  Doc doc("<r>&a;</r>", true);
+  doc->defineEntityReplacementText(ZQName(u"a"), u"&b;");
+  doc->defineEntityReplacementText(ZQName(u"b"), u"&a;");
+  try {
+    doc.trace();
+    FAIL() << "no error";
+  } catch (const ZQError& e) {
+    EXPECT_EQ(e.getErrorCode(), 190);
+    EXPECT_TRUE(e.getRawMessage().startsWith(u"Entity expansion limit exceeded: &"));
+  }
+  // The element is still open.
+  try {
+    doc->next();
+    FAIL() << "no error";
+  } catch (const ZQError& e) {
+    EXPECT_EQ(e.getErrorCode(), 129);
+  }
+}
+
+TEST(XmlScannerGuard, QuadraticBlowUpEndsWithError190) {
+  std::string text = "<r>";
+  for (int i = 0; i < 100000; ++i) text += "&big;";
+  text += "</r>";
+  Doc doc(text);
+  doc->defineEntityReplacementText(ZQName(u"big"), UnicodeString(100 * 1024, u'x', 100 * 1024));
+  ASSERT_EQ(doc->next(), ZQXmlParser::START_TAG);
+  ASSERT_EQ(doc->next(), ZQXmlParser::TEXT);
+  // Up to the limit and not a use more.
+  int64_t limit = int64_t(32) << 20;
+  EXPECT_LE(doc->getText().length(), limit + 100 * 1024);
+  EXPECT_GE(doc->getText().length(), limit - 100 * 1024);
+  EXPECT_EQ(doc->next(), ZQXmlParser::END_TAG);
+  EXPECT_EQ(doc->next(), ZQXmlParser::END_DOCUMENT);
+  EXPECT_TRUE(doc.errors.has(190));
+  EXPECT_EQ(doc.errors.count(190), static_cast<int>(doc.errors.list.size()));
+}
+
+TEST(XmlScannerGuard, DepthCountsExpansionsStillBeingRead) {
+  auto chain = [](int limit) {
+    auto doc = std::make_unique<Doc>("<r>&e1;</r>");
+    (*doc)->setEntityExpansionLimits(limit, 0);
+    for (int i = 1; i <= 4; ++i) {
+      UnicodeString value(u"&e");
+      value.append(UChar(u'0' + i + 1)).append(u';');
+      (*doc)->defineEntityReplacementText(ZQName(UnicodeString(u"e").append(UChar(u'0' + i))),
+                                          value);
+    }
+    (*doc)->defineEntityReplacementText(ZQName(u"e5"), u"x");
+    doc->trace();
+    return doc->errors.codes();
+  };
+  EXPECT_TRUE(chain(5).empty());
+  EXPECT_EQ(chain(4), std::vector<int>({190}));
+  EXPECT_TRUE(chain(0).empty());  // no limit
+}
+
+TEST(XmlScannerGuard, SiblingReferencesDoNotNest) {
+  std::string text = "<r a='";
+  for (int i = 0; i < 200; ++i) text += "&x;";
+  text += "'>";
+  for (int i = 0; i < 200; ++i) text += "&x;&list;";
+  text += "</r>";
+  Doc doc(text);
+  doc->setEntityExpansionLimits(2, 0);
+  doc->defineEntityReplacementText(ZQName(u"x"), u"x");
+  UnicodeString list;
+  for (int i = 0; i < 50; ++i) list.append(u"&x;");
+  doc->defineEntityReplacementText(ZQName(u"list"), list);
+  doc.toStartTag();
+  EXPECT_EQ(doc->getAttributeValue(0).length(), 200);
+  ASSERT_EQ(doc->next(), ZQXmlParser::TEXT);
+  EXPECT_EQ(doc->getText().length(), 200 * 51);
+  EXPECT_TRUE(doc.errors.list.empty());
+}
+
+TEST(XmlScannerGuard, ShortValuesWrittenInTheDocumentCostNothing) {
+  std::string text = "<r>";
+  for (int i = 0; i < 1000; ++i) text += "&amp;&abc;";
+  text += "</r>";
+  Doc doc(text);
+  doc->setEntityExpansionLimits(64, 10);
+  doc->defineEntityReplacementText(ZQName(u"abc"), u"abc");
+  doc.trace();
+  EXPECT_TRUE(doc.errors.list.empty());
+  EXPECT_EQ(doc->expandedChars(), 0);
+}
+
+TEST(XmlScannerGuard, CharacterLimitCountsGrowthAndNestedValues) {
+  Doc top("<r>&e;&e;</r>");
+  top->setEntityExpansionLimits(64, 10);
+  top->defineEntityReplacementText(ZQName(u"e"), u"0123456789AB");  // adds 9 over "&e;"
+  EXPECT_EQ(top.trace(), "<r T(0123456789AB) </r $");
+  EXPECT_EQ(top.errors.codes(), std::vector<int>({190}));
+
+  Doc nested("<r>&c;&c;</r>");
+  nested->setEntityExpansionLimits(64, 12);
+  nested->defineEntityReplacementText(ZQName(u"c"), u"&a;");
+  nested->defineEntityReplacementText(ZQName(u"a"), u"0123456789");  // counts 10 inside c
+  EXPECT_EQ(nested.trace(), "<r T(0123456789) </r $");
+  EXPECT_EQ(nested.errors.codes(), std::vector<int>({190}));
+}
+
+TEST(XmlScannerGuard, ProcessWideDefaultsReachNewParsers) {
+  int depth = ZQXmlParser::getDefaultEntityExpansionDepth();
+  int64_t chars = ZQXmlParser::getDefaultEntityExpansionChars();
+  EXPECT_EQ(depth, 64);
+  EXPECT_EQ(chars, int64_t(32) << 20);
+  ZQXmlParser::setDefaultEntityExpansionLimits(3, 1000);
+  ZQPtr<ZQXmlParserImpl> parser(new ZQXmlParserImpl());
+  ZQXmlParser::setDefaultEntityExpansionLimits(depth, chars);
+  EXPECT_EQ(parser->getEntityExpansionDepthLimit(), 3);
+  EXPECT_EQ(parser->getEntityExpansionCharLimit(), 1000);
+  parser->setEntityExpansionLimits(5, 6);
+  EXPECT_EQ(parser->getEntityExpansionDepthLimit(), 5);
+  EXPECT_EQ(parser->getEntityExpansionCharLimit(), 6);
+}
+
+TEST(XmlScannerGuard, CountIsPerDocument) {
+  Doc doc("<r>&e;</r>");
+  doc->setEntityExpansionLimits(64, 10);
+  doc->defineEntityReplacementText(ZQName(u"e"), u"0123456789AB");
+  doc.trace();
+  EXPECT_EQ(doc->expandedChars(), 9);
+  std::istringstream again("<r>&e;</r>");
+  doc->setInput(again, UnicodeString(), UnicodeString());
+  EXPECT_EQ(doc->expandedChars(), 0);
+}
+
+TEST(XmlScannerGuard, GuardCallsNestWhileTextIsUnread) {
+  Doc doc("<r>");
+  doc->setEntityExpansionLimits(3, 0);
+  doc->start();
+  EXPECT_TRUE(doc->guardExpansion(ZQName(u"a"), 3));
+  EXPECT_TRUE(doc->guardExpansion(ZQName(u"b"), 3));
+  EXPECT_TRUE(doc->guardExpansion(ZQName(u"c"), 3));
+  EXPECT_FALSE(doc->guardExpansion(ZQName(u"d"), 3));
+  EXPECT_EQ(doc.errors.codes(), std::vector<int>({190}));
+}
+
+TEST(XmlScannerGuard, GuardForgetsWhatWasRead) {
+  Doc doc("<r>abc");
+  doc->setEntityExpansionLimits(1, 0);
+  doc->start();
+  for (int i = 0; i < 5; ++i) {
+    // Text put back and read again, then the input moves on.
+    EXPECT_TRUE(doc->guardExpansion(ZQName(u"a"), 2));
+    doc->read();
+  }
+  EXPECT_TRUE(doc.errors.list.empty());
 }
