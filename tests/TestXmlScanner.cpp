@@ -3,12 +3,17 @@
 // expansion.
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
 #include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "common/ZQError.h"
+#include "common/ZQUri.h"
 #include "common/ZQXmlParser.h"
 #include "xml/ZQXmlParserImpl.h"
 
@@ -1462,6 +1467,67 @@ TEST(XmlScanner, AutoCloseEndsTheInputSoRewindHasNothing) {
   }
   parser->rewind();
   EXPECT_EQ(parser->next(), ZQXmlParser::END_DOCUMENT);
+}
+
+// ---- External entities ----
+
+namespace {
+
+/// A directory of its own for the files of one test.
+class TempDir {
+ public:
+  TempDir() {
+    path_ = std::filesystem::temp_directory_path() /
+            ("zq_xmlscan_" + std::to_string(getpid()) + "_" + std::to_string(counter_++));
+    std::filesystem::create_directories(path_);
+  }
+  ~TempDir() { std::filesystem::remove_all(path_); }
+  std::string write(const std::string& name, const std::string& data) const {
+    std::filesystem::path p = path_ / name;
+    std::ofstream(p, std::ios::binary) << data;
+    return p.string();
+  }
+
+ private:
+  static inline int counter_ = 0;
+  std::filesystem::path path_;
+};
+
+}  // namespace
+
+TEST(XmlScanner, ExternalEntityIsReadInPlace) {
+  TempDir dir;
+  std::string outer = dir.write("outer.xml", "<r>a&ext;b</r>");
+  dir.write("inner.xml", "<?xml version='1.0' encoding='UTF-8'?><i>in</i>");
+  ZQPtr<ScanParser> parser(new ScanParser());
+  ZQUri uri(UnicodeString::fromUTF8(outer));
+  parser->setInput(uri, UnicodeString(), UnicodeString());
+  parser->declareExternal("ext", u"inner.xml");
+  std::string trace;
+  for (ZQXmlParser::EventType t = parser->next(); t != ZQXmlParser::END_DOCUMENT;
+       t = parser->next()) {
+    trace += std::to_string(t) + ":" + utf8(parser->getName().toString()) +
+             (t == ZQXmlParser::TEXT ? "(" + utf8(parser->getText()) + ")" : "") + " ";
+  }
+  EXPECT_EQ(trace, "2:r 4:(a) 2:i 4:(in) 3:i 4:(b) 3:r ");
+}
+
+TEST(XmlScanner, ExternalEntityNamingItselfEndsWithError190) {
+  TempDir dir;
+  std::string outer = dir.write("outer.xml", "<r>&self;</r>");
+  dir.write("self.ent", "x&self;");
+  ZQPtr<ScanParser> parser(new ScanParser());
+  Errors errors;
+  parser->setCallbackError(&Errors::collect, &errors);
+  ZQUri uri(UnicodeString::fromUTF8(outer));
+  parser->setInput(uri, UnicodeString(), UnicodeString());
+  parser->declareExternal("self", u"self.ent");
+  ASSERT_EQ(parser->next(), ZQXmlParser::START_TAG);
+  ASSERT_EQ(parser->next(), ZQXmlParser::TEXT);
+  EXPECT_EQ(parser->getText(), UnicodeString(64, u'x', 64));
+  EXPECT_EQ(parser->next(), ZQXmlParser::END_TAG);
+  EXPECT_EQ(parser->next(), ZQXmlParser::END_DOCUMENT);
+  EXPECT_EQ(errors.codes(), std::vector<int>({190}));
 }
 
 // ---- Entity-expansion guard ----
