@@ -350,10 +350,12 @@ void ZQXmlParserImpl::expandParameterReference(bool external, bool silent) {
   }
   bool isExternal = m_entities.parameterEntities.count(name) == 0 &&
                     m_entities.externalParameterEntities.count(name) != 0;
+  // Every expansion passes the guard, so an entity that names itself ends in an error.
   if (!isExternal) {
-    unreadText(value);
+    if (!value.isEmpty() && guardExpansion(name, value.length())) unreadText(value);
     return;
   }
+  if (!guardExpansion(name, -1)) return;
   try {
     pushStream(value, ZQName(), none());
   } catch (const ZQError&) {
@@ -382,7 +384,6 @@ void ZQXmlParserImpl::parseEntityDecl() {
 
   UnicodeString value;
   bool isExternal = false;
-  bool declared = true;
   UChar32 quote = peekChar();
   if (isQuote(quote)) {
     // The raw text goes to the event text and is then read again as a literal.
@@ -402,30 +403,27 @@ void ZQXmlParserImpl::parseEntityDecl() {
     unreadText(raw);
     value = readLiteral(2);
   } else {
+    // After an unknown keyword the declaration is read on as a system identifier.
     ZQName keyword = readName();
-    if (keyword != ZQN_SYSTEM && keyword != ZQN_PUBLIC) {
-      throwError(151, label, none());
-      declared = false;
-    } else {
-      m_textBuffer.append(keyword.toString());
+    if (keyword != ZQN_SYSTEM && keyword != ZQN_PUBLIC) throwError(151, label, none());
+    m_textBuffer.append(keyword.toString());
+    if (!skipDeclarationSpace(true))
+      throwError(150, UnicodeString(label).append(u' ').append(keyword.toString()), none());
+    if (keyword == ZQN_PUBLIC) {
+      if (!isQuote(peekChar())) throwError(152, UnicodeString(label).append(u" PUBLIC"), none());
+      UnicodeString publicId = readLiteral(2);
+      m_textBuffer.append(quoted(publicId));
       if (!skipDeclarationSpace(true))
-        throwError(150, UnicodeString(label).append(u' ').append(keyword.toString()), none());
-      if (keyword == ZQN_PUBLIC) {
-        if (!isQuote(peekChar())) throwError(152, UnicodeString(label).append(u" PUBLIC"), none());
-        UnicodeString publicId = readLiteral(2);
-        m_textBuffer.append(quoted(publicId));
-        if (!skipDeclarationSpace(true))
-          throwError(150, UnicodeString(label).append(u" PUBLIC").append(quoted(publicId)), none());
-      }
-      if (!isQuote(peekChar()))
-        throwError(153, UnicodeString(label).append(u" SYSTEM|PUBLIC"), none());
-      value = readLiteral(0);
-      m_textBuffer.append(quoted(value));
-      isExternal = true;
+        throwError(150, UnicodeString(label).append(u" PUBLIC").append(quoted(publicId)), none());
     }
+    if (!isQuote(peekChar()))
+      throwError(153, UnicodeString(label).append(u" SYSTEM|PUBLIC"), none());
+    value = readLiteral(0);
+    m_textBuffer.append(quoted(value));
+    isExternal = true;
   }
 
-  if (declared && !name.isEmpty()) {
+  if (!name.isEmpty()) {
     // The first declaration wins, and the predefined entities keep their values.
     ZQXmlEntityMap& internal =
         parameter ? m_entities.parameterEntities : m_entities.generalEntities;
