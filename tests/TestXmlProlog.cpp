@@ -1073,3 +1073,33 @@ TEST(XmlProlog, ReturningCallbackAfterEveryDoctypeError) {
     EXPECT_FALSE(doc.reported.codes.empty()) << text;
   }
 }
+
+// ---------------------------------------------------------------------------------------
+// Parameter entities that expand without end
+
+TEST(XmlProlog, SelfReferringParameterEntityStopsAtTheGuard) {
+  auto thrown = thrownBy("<!DOCTYPE r [<!ENTITY % a 'x%a;'> %a; ]><r/>");
+  EXPECT_EQ(thrown.first, 190);
+  Doc doc("<!DOCTYPE r [<!ENTITY % a '%a;'> %a; ]><r/>");
+  EXPECT_EQ(doc.events(1000).back(), "END_DOCUMENT");
+  EXPECT_EQ(doc.reported.codes, std::vector<int>{190});
+}
+
+TEST(XmlProlog, MultiplyingParameterEntitiesDroppedAfterTheFirstRefusal) {
+  // Each level doubles the references; refusing them one by one would never end.
+  Doc doc(
+      "<!DOCTYPE r [<!ENTITY % a '%b;%b;'><!ENTITY % b '%a;'> %a; <!ENTITY c 'C'>]>"
+      "<r>&c;</r>");
+  EXPECT_EQ(doc.text(1000), "C");
+  EXPECT_EQ(doc.reported.codes, std::vector<int>{190});
+}
+
+TEST(XmlProlog, DtdIncludingItselfIsAnError) {
+  DtdDir dir;
+  dir.write("self.dtd", "<!ENTITY % me SYSTEM 'self.dtd'>\n%me;\n<!ENTITY a 'A'>\n");
+  std::string text = "<!DOCTYPE r SYSTEM 'self.dtd'><r>x</r>";
+  EXPECT_EQ(thrownBy(text, {}, dir.base()).first, 190);
+  Doc ignored(text, true, dir.base(), {ZQXmlParser::FEATURE_IGNORE_DTD_ERRORS});
+  EXPECT_EQ(ignored.text(), "x");
+  EXPECT_TRUE(ignored.reported.codes.empty());
+}
