@@ -268,6 +268,9 @@ TEST(XmlProlog, Code140JunkAtEndOfDeclaration) {
   auto second = thrownBy("<?xml version='1.0'?x<r/>");
   EXPECT_EQ(second.first, 140);
   EXPECT_EQ(second.second, "Unexpected character: x");
+  auto third = thrownBy("<?xml version='1.0'><r/>");
+  EXPECT_EQ(third.first, 140);
+  EXPECT_EQ(third.second, "Unexpected character: >");
 }
 
 TEST(XmlProlog, DeclaredEncodingChangesSingleByteKind) {
