@@ -1106,3 +1106,19 @@ TEST(XmlProlog, DtdIncludingItselfIsAnError) {
   EXPECT_EQ(ignored.text(), "x");
   EXPECT_TRUE(ignored.reported.codes.empty());
 }
+
+TEST(XmlProlog, PushedDocumentMayBringItsOwnDoctype) {
+  DtdDir dir;
+  dir.write("inc.xml", "<!DOCTYPE x [<!ENTITY y 'Y'>]><x>&y;</x>");
+  Doc doc("<!DOCTYPE r [<!ENTITY e SYSTEM 'inc.xml'>]><r>&e;</r>", true, dir.base());
+  EXPECT_EQ(doc.events(), (std::vector<std::string>{"START_TAG r", "START_TAG x", "TEXT Y",
+                                                    "END_TAG x", "END_TAG r", "END_DOCUMENT"}));
+  EXPECT_TRUE(doc.reported.codes.empty());
+
+  // Without a DOCTYPE of the document's own, the pushed one comes after the root.
+  Doc plain("<r></r>", true, dir.base());
+  EXPECT_EQ(plain.parser->next(), ZQXmlParser::START_TAG);
+  plain.parser->pushStream(u("inc.xml"), ZQN_xml, UnicodeString());
+  plain.events();
+  EXPECT_EQ(plain.reported.codes, std::vector<int>{148});
+}
