@@ -25,7 +25,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   std::istringstream in(text, std::ios::binary);
   ZQPtr<ZQXmlParserImpl> parser(new ZQXmlParserImpl());
   parser->setCallbackError(&ignore, nullptr);
-  parser->setEntityExpansionLimits(16, 1 << 16);
+  parser->setEntityExpansionLimits(8, 4096);
   static const ZQName kTypes[] = {ZQName(), ZQN_html, ZQN_xhtml, ZQN_text};
   switch (mode & 3) {
     case 0:
