@@ -515,6 +515,110 @@ TEST(XmlMessagePosition, CallbackErrorCarriesLineColumnAndName) {
   EXPECT_EQ(events.back(), ZQXmlParser::END_DOCUMENT);
 }
 
+std::string dataPath(const char* name) { return std::string(ZQ_TEST_DATA_DIR) + "/xml/" + name; }
+
+// Inside an external entity the position is that of the entity's own input.
+TEST(XmlMessagePosition, ErrorInsideExternalEntityNamesTheEntity) {
+  ZQPtr<ZQXmlParser> parser = ZQXmlParser::createXmlParser();
+  parser->setInput(U(dataPath("msg-entity-bad.xml").c_str()), UnicodeString(), UnicodeString());
+  try {
+    while (parser->next() != ZQXmlParser::END_DOCUMENT) {
+    }
+    FAIL() << "no error thrown";
+  } catch (const ZQError& e) {
+    EXPECT_EQ(e.getErrorCode(), 134);
+    std::string m = utf8(e.getRawMessage());
+    std::string head = "End tag 'c' does not match the start tag 'b'.\nEND_TAG, '";
+    std::string tail = "msg-entity-bad.ent', Line 2, Col 7.";
+    ASSERT_GE(m.size(), head.size() + tail.size()) << m;
+    EXPECT_EQ(m.substr(0, head.size()), head) << m;
+    EXPECT_EQ(m.substr(m.size() - tail.size()), tail) << m;
+  }
+}
+
+// Once the entity is read, the outer input's name and position are back.
+TEST(XmlMessagePosition, ErrorAfterExternalEntityNamesTheDocument) {
+  ZQPtr<ZQXmlParser> parser = ZQXmlParser::createXmlParser();
+  parser->setInput(U(dataPath("msg-after-entity.xml").c_str()), UnicodeString(), UnicodeString());
+  UnicodeString name = parser->getInputUri();
+  try {
+    while (parser->next() != ZQXmlParser::END_DOCUMENT) {
+    }
+    FAIL() << "no error thrown";
+  } catch (const ZQError& e) {
+    EXPECT_EQ(e.getErrorCode(), 134);
+    EXPECT_EQ(utf8(e.getRawMessage()),
+              utf8(UnicodeString(u"End tag 'b' does not match the start tag 'a'.\nEND_TAG, '") +
+                   name + u"', Line 2, Col 10."));
+  }
+}
+
+// The line end that follows the entity counts once.
+TEST(XmlMessagePosition, LineAfterExternalEntityCountsOnce) {
+  ZQPtr<ZQXmlParser> parser = ZQXmlParser::createXmlParser();
+  parser->setInput(U(dataPath("msg-after-entity-line.xml").c_str()), UnicodeString(),
+                   UnicodeString());
+  UnicodeString name = parser->getInputUri();
+  try {
+    while (parser->next() != ZQXmlParser::END_DOCUMENT) {
+    }
+    FAIL() << "no error thrown";
+  } catch (const ZQError& e) {
+    EXPECT_EQ(e.getErrorCode(), 134);
+    EXPECT_EQ(utf8(e.getRawMessage()),
+              utf8(UnicodeString(u"End tag 'b' does not match the start tag 'a'.\nEND_TAG, '") +
+                   name + u"', Line 3, Col 4."));
+  }
+}
+
+// ---- a callback that throws ----
+
+void throwAll(const ZQError& error, void* data) {
+  ++*static_cast<int*>(data);
+  throw error;
+}
+
+TEST(XmlMessageCallback, ThrowingCallbackEndsTheDocument) {
+  std::istringstream in("<a><b/ ></a>");
+  ZQPtr<ZQXmlParser> parser = ZQXmlParser::createXmlParser();
+  int calls = 0;
+  parser->setCallbackError(throwAll, &calls);
+  parser->setInput(in, UnicodeString(), UnicodeString());
+  EXPECT_EQ(parser->next(), ZQXmlParser::START_TAG);
+  try {
+    parser->next();
+    FAIL() << "the callback's exception did not come through";
+  } catch (const ZQError& e) {
+    // Thrown by the callback, so the code is the one raised, non-fatal as it is.
+    EXPECT_EQ(e.getErrorCode(), 770);
+    EXPECT_EQ(utf8(e.getRawMessage()), "Unexpected whitespace after '/'.");
+  }
+  EXPECT_EQ(calls, 1);
+  // The parser stopped where the error was reported: elements are open, so 129 follows,
+  // through the callback again.
+  try {
+    parser->next();
+    FAIL() << "no error thrown";
+  } catch (const ZQError& e) {
+    EXPECT_EQ(e.getErrorCode(), 129);
+  }
+  EXPECT_EQ(calls, 2);
+}
+
+TEST(XmlMessageCallback, ReturningCallbackLetsTheFlowGoOn) {
+  Doc doc("<a p:x='1' q:y='2'>&undefined;<b/ ></a>", XML, true);
+  EXPECT_EQ(doc.parser->next(), ZQXmlParser::START_TAG);
+  EXPECT_EQ(doc.parser->getAttributeCount(), 2);
+  EXPECT_EQ(doc.parser->next(), ZQXmlParser::START_TAG);
+  EXPECT_EQ(utf8(doc.parser->getName().toString()), "b");
+  EXPECT_EQ(doc.parser->next(), ZQXmlParser::END_TAG);
+  EXPECT_EQ(doc.parser->next(), ZQXmlParser::END_TAG);
+  EXPECT_EQ(doc.parser->next(), ZQXmlParser::END_DOCUMENT);
+  std::vector<int> codes;
+  for (const ZQError& e : doc.collected.errors) codes.push_back(e.getErrorCode());
+  EXPECT_EQ(codes, (std::vector<int>{135, 135, 515, 770}));
+}
+
 // ---- the queue of non-fatal errors ----
 
 TEST(XmlMessageQueue, SeveralNonFatalErrorsQueuedInOrder) {
