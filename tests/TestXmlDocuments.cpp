@@ -505,6 +505,10 @@ const std::vector<std::string> kWrittenDocs = {
     "<r>  </r>",
     "<r>\t</r>",
     "<r a=''/>",
+    "<?xml version='1.0'?><html xmlns='http://www.w3.org/1999/xhtml'><body><p class='c'>x<br/>"
+    "</p></body></html>",
+    "<math xmlns='http://www.w3.org/1998/Math/MathML'><mi>x</mi><mo>+</mo></math>",
+    "<r><s:svg xmlns:s='http://www.w3.org/2000/svg'><s:g/></s:svg></r>",
 };
 
 class XmlDifferential : public ::testing::TestWithParam<std::string> {};
@@ -669,7 +673,7 @@ class RandomDoc {
 
 std::vector<std::string> randomDocs() {
   std::vector<std::string> docs;
-  for (unsigned seed = 1; seed <= 30; ++seed) docs.push_back(RandomDoc(seed * 7919u).make());
+  for (unsigned seed = 1; seed <= 60; ++seed) docs.push_back(RandomDoc(seed * 7919u).make());
   return docs;
 }
 

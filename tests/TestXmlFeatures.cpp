@@ -157,6 +157,37 @@ TEST(XmlFeatures, SkipExternalDtdOnAddsNoMathml) {
   EXPECT_EQ(r.thrownCode(), 158);
 }
 
+TEST(XmlFeatures, SkipExternalDtdOffInternalSubsetWins) {
+  FeatureRun r("feature-dtd-override.xml", {}, true);
+  EXPECT_EQ(r.events(), (Events{"S:a", "T:internal", "E:a", "END"}));
+  // Read a second time, now from the cache of external DTDs: the same.
+  FeatureRun again("feature-dtd-override.xml", {}, true);
+  EXPECT_EQ(again.events(), (Events{"S:a", "T:internal", "E:a", "END"}));
+  FeatureRun plain("feature-dtd.xml", {}, true);
+  EXPECT_EQ(plain.events(), (Events{"S:a", "T:from the DTD", "E:a", "END"}));
+}
+
+TEST(XmlFeatures, SkipExternalDtdOffMathmlInsideMathOnly) {
+  const char* doc =
+      "<r><math xmlns='http://www.w3.org/1998/Math/MathML'><mi>&alpha;</mi></math>&alpha;</r>";
+  FeatureRun r(doc, {});
+  ASSERT_EQ(r.parser->next(), P::START_TAG);
+  ASSERT_EQ(r.parser->next(), P::START_TAG);
+  ASSERT_EQ(r.parser->next(), P::START_TAG);
+  ASSERT_EQ(r.parser->next(), P::TEXT);
+  EXPECT_EQ(utf8(r.parser->getText()), "\xCE\xB1");
+  ASSERT_EQ(r.parser->next(), P::END_TAG);
+  ASSERT_EQ(r.parser->next(), P::END_TAG);
+  // Past the end of `math` the set is gone again.
+  EXPECT_EQ(r.thrownCode(), 158);
+}
+
+TEST(XmlFeatures, SkipExternalDtdOnNoMathmlInsideMath) {
+  FeatureRun r("<r><math xmlns='http://www.w3.org/1998/Math/MathML'><mi>&alpha;</mi></math></r>",
+               {P::FEATURE_SKIP_EXTERNAL_DTD});
+  EXPECT_EQ(r.thrownCode(), 158);
+}
+
 TEST(XmlFeatures, SkipExternalDtdStillKeepsIdentifiers) {
   FeatureRun r("feature-dtd-missing.xml", {P::FEATURE_SKIP_EXTERNAL_DTD}, true);
   EXPECT_EQ(r.events(), (Events{"S:a", "T:ok", "E:a", "END"}));
