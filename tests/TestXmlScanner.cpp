@@ -3,12 +3,17 @@
 // expansion.
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
 #include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "common/ZQError.h"
+#include "common/ZQUri.h"
 #include "common/ZQXmlParser.h"
 #include "xml/ZQXmlParserImpl.h"
 
@@ -1345,6 +1350,184 @@ TEST(XmlScanner, ForbiddenExternalEntityIsQueuedAndDropped) {
   EXPECT_EQ(error.getErrorCode(), 516);
   EXPECT_TRUE(error.getRawMessage().startsWith(
       u"External entity is not allowed: '<!ENTITY ext ... \"x.xml\"'."));
+}
+
+// ---- Never hang ----
+
+// Every routine ends after reporting the end of input to a callback that returns, so every
+// cut of a document ends.
+TEST(XmlScanner, EveryTruncationEndsUnderReturningCallback) {
+  const std::string full =
+      "<?xml version='1.0'?><!DOCTYPE r><?p x?><!-- c - d --><r a='1&amp;&#65;' b=\"&e;\" "
+      "xmlns:p='u'><p:b/><![CDATA[x]]y]]>t&e;&#x42;&lt;<![X[ z ]]><c/ ><!doctype html "
+      "x></r>";
+  for (size_t cut = 0; cut <= full.size(); ++cut) {
+    for (int mode = 0; mode < 3; ++mode) {
+      Doc doc(full.substr(0, cut));
+      doc->defineEntityReplacementText(ZQName(u"e"), u"<i>&e2;</i>");
+      doc->defineEntityReplacementText(ZQName(u"e2"), u"v");
+      if (mode == 2) doc->setHtml();
+      std::string trace = doc.trace(mode == 1, 200);
+      EXPECT_EQ(trace.back(), '$') << cut << " " << mode << ": " << trace;
+    }
+  }
+}
+
+TEST(XmlScanner, EndOfInputInsideEachConstructEnds) {
+  const char* texts[] = {"<",         "<r",
+                         "<r a",      "<r a=",
+                         "<r a='",    "<r a='x",
+                         "<r a=x",    "<r/",
+                         "<r/ ",      "</",
+                         "<r></r",    "<r></r ",
+                         "<r>&",      "<r>&#",
+                         "<r>&#x",    "<r>&a",
+                         "<r>]]",     "<!",
+                         "<!-",       "<![",
+                         "<![CDATA[", "<r><![X[",
+                         "<?",        "<?p",
+                         "<?p x",     "<?p x?",
+                         "<!--",      "<!-- x -",
+                         "<!-- x --", "<!DOCTYPE",
+                         "<!doctype", "<!doctype ",
+                         "<?xml",     "<?xml version='1.0'"};
+  for (const char* text : texts) {
+    for (bool tokens : {false, true}) {
+      Doc doc(text);
+      std::string trace = doc.trace(tokens, 50);
+      EXPECT_EQ(trace.back(), '$') << text << ": " << trace;
+      EXPECT_EQ(doc->next(), ZQXmlParser::END_DOCUMENT) << text;
+    }
+  }
+}
+
+TEST(XmlScanner, EndOfInputErrorsOfEachRoutine) {
+  struct Case {
+    const char* text;
+    int code;
+  } cases[] = {{"<r><![CDATA[x", 145}, {"<r><!-- x", 146},  {"<r><?p x", 173}, {"<r a='x", 175},
+               {"<r/", 146},           {"<r><![X[ y", 145}, {"<r>", 129}};
+  for (const Case& c : cases) {
+    Doc doc(c.text);
+    doc.trace(false, 50);
+    EXPECT_EQ(doc.errors.count(c.code), 1) << c.text;
+  }
+}
+
+// ---- Positions ----
+
+TEST(XmlScanner, ErrorsCarryLineAndColumnOfTheReader) {
+  Doc doc("<r>\n  <a b='1'c='2'/>\n</r>");
+  doc.trace();
+  ASSERT_FALSE(doc.errors.list.empty());
+  EXPECT_EQ(doc.errors.list[0].getErrorCode(), 139);
+  EXPECT_EQ(doc.errors.list[0].getLineNumber(), 2);
+  EXPECT_EQ(doc.errors.list[0].getColumnNumber(), 11);
+}
+
+TEST(XmlScanner, ThrownErrorDescribesThePosition) {
+  Doc doc("<r>\n<a></b></r>", true);
+  try {
+    doc.trace();
+    FAIL() << "no error";
+  } catch (const ZQError& e) {
+    EXPECT_EQ(e.getErrorCode(), 134);
+    EXPECT_EQ(utf8(e.getRawMessage()),
+              "End tag 'b' does not match the start tag 'a'.\nEND_TAG, Line 2, Col 7.");
+  }
+}
+
+// ---- Rewind and auto-close ----
+
+TEST(XmlScanner, RewindParsesTheSameInputAgain) {
+  std::istringstream in("<r a='\xE9'>x<b/></r>", std::ios::binary);
+  ZQPtr<ZQXmlParserImpl> parser(new ZQXmlParserImpl());
+  parser->setAutoClose(false);
+  parser->setInput(in, u"ISO-8859-1", UnicodeString());
+  parser->setFeature(ZQXmlParser::FEATURE_REPORT_PI, true);
+  std::vector<int> first;
+  while (parser->next() != ZQXmlParser::END_DOCUMENT) first.push_back(parser->getEventType());
+  parser->rewind();
+  EXPECT_EQ(parser->getEventType(), ZQXmlParser::START_DOCUMENT);
+  EXPECT_EQ(parser->getInputEncoding(), u"ISO-8859-1");
+  EXPECT_TRUE(parser->getFeature(ZQXmlParser::FEATURE_REPORT_PI));
+  std::vector<int> second;
+  ASSERT_EQ(parser->next(), ZQXmlParser::START_TAG);
+  EXPECT_EQ(parser->getAttributeValue(0), u"\u00E9");
+  second.push_back(ZQXmlParser::START_TAG);
+  while (parser->next() != ZQXmlParser::END_DOCUMENT) second.push_back(parser->getEventType());
+  EXPECT_EQ(first, second);
+}
+
+TEST(XmlScanner, AutoCloseEndsTheInputSoRewindHasNothing) {
+  std::istringstream in("<r/>");
+  ZQPtr<ZQXmlParserImpl> parser(new ZQXmlParserImpl());
+  parser->setInput(in, UnicodeString(), UnicodeString());
+  while (parser->next() != ZQXmlParser::END_DOCUMENT) {
+  }
+  parser->rewind();
+  EXPECT_EQ(parser->next(), ZQXmlParser::END_DOCUMENT);
+}
+
+// ---- External entities ----
+
+namespace {
+
+/// A directory of its own for the files of one test.
+class TempDir {
+ public:
+  TempDir() {
+    path_ = std::filesystem::temp_directory_path() /
+            ("zq_xmlscan_" + std::to_string(getpid()) + "_" + std::to_string(counter_++));
+    std::filesystem::create_directories(path_);
+  }
+  ~TempDir() { std::filesystem::remove_all(path_); }
+  std::string write(const std::string& name, const std::string& data) const {
+    std::filesystem::path p = path_ / name;
+    std::ofstream(p, std::ios::binary) << data;
+    return p.string();
+  }
+
+ private:
+  static inline int counter_ = 0;
+  std::filesystem::path path_;
+};
+
+}  // namespace
+
+TEST(XmlScanner, ExternalEntityIsReadInPlace) {
+  TempDir dir;
+  std::string outer = dir.write("outer.xml", "<r>a&ext;b</r>");
+  dir.write("inner.xml", "<?xml version='1.0' encoding='UTF-8'?><i>in</i>");
+  ZQPtr<ScanParser> parser(new ScanParser());
+  ZQUri uri(UnicodeString::fromUTF8(outer));
+  parser->setInput(uri, UnicodeString(), UnicodeString());
+  parser->declareExternal("ext", u"inner.xml");
+  std::string trace;
+  for (ZQXmlParser::EventType t = parser->next(); t != ZQXmlParser::END_DOCUMENT;
+       t = parser->next()) {
+    trace += std::to_string(t) + ":" + utf8(parser->getName().toString()) +
+             (t == ZQXmlParser::TEXT ? "(" + utf8(parser->getText()) + ")" : "") + " ";
+  }
+  EXPECT_EQ(trace, "2:r 4:(a) 2:i 4:(in) 3:i 4:(b) 3:r ");
+}
+
+TEST(XmlScanner, ExternalEntityNamingItselfEndsWithError190) {
+  TempDir dir;
+  std::string outer = dir.write("outer.xml", "<r>&self;</r>");
+  dir.write("self.ent", "x&self;");
+  ZQPtr<ScanParser> parser(new ScanParser());
+  Errors errors;
+  parser->setCallbackError(&Errors::collect, &errors);
+  ZQUri uri(UnicodeString::fromUTF8(outer));
+  parser->setInput(uri, UnicodeString(), UnicodeString());
+  parser->declareExternal("self", u"self.ent");
+  ASSERT_EQ(parser->next(), ZQXmlParser::START_TAG);
+  ASSERT_EQ(parser->next(), ZQXmlParser::TEXT);
+  EXPECT_EQ(parser->getText(), UnicodeString(64, u'x', 64));
+  EXPECT_EQ(parser->next(), ZQXmlParser::END_TAG);
+  EXPECT_EQ(parser->next(), ZQXmlParser::END_DOCUMENT);
+  EXPECT_EQ(errors.codes(), std::vector<int>({190}));
 }
 
 // ---- Entity-expansion guard ----
