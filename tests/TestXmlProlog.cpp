@@ -268,6 +268,9 @@ TEST(XmlProlog, Code140JunkAtEndOfDeclaration) {
   auto second = thrownBy("<?xml version='1.0'?x<r/>");
   EXPECT_EQ(second.first, 140);
   EXPECT_EQ(second.second, "Unexpected character: x");
+  auto third = thrownBy("<?xml version='1.0'><r/>");
+  EXPECT_EQ(third.first, 140);
+  EXPECT_EQ(third.second, "Unexpected character: >");
 }
 
 TEST(XmlProlog, DeclaredEncodingChangesSingleByteKind) {
@@ -1102,4 +1105,20 @@ TEST(XmlProlog, DtdIncludingItselfIsAnError) {
   Doc ignored(text, true, dir.base(), {ZQXmlParser::FEATURE_IGNORE_DTD_ERRORS});
   EXPECT_EQ(ignored.text(), "x");
   EXPECT_TRUE(ignored.reported.codes.empty());
+}
+
+TEST(XmlProlog, PushedDocumentMayBringItsOwnDoctype) {
+  DtdDir dir;
+  dir.write("inc.xml", "<!DOCTYPE x [<!ENTITY y 'Y'>]><x>&y;</x>");
+  Doc doc("<!DOCTYPE r [<!ENTITY e SYSTEM 'inc.xml'>]><r>&e;</r>", true, dir.base());
+  EXPECT_EQ(doc.events(), (std::vector<std::string>{"START_TAG r", "START_TAG x", "TEXT Y",
+                                                    "END_TAG x", "END_TAG r", "END_DOCUMENT"}));
+  EXPECT_TRUE(doc.reported.codes.empty());
+
+  // Without a DOCTYPE of the document's own, the pushed one comes after the root.
+  Doc plain("<r></r>", true, dir.base());
+  EXPECT_EQ(plain.parser->next(), ZQXmlParser::START_TAG);
+  plain.parser->pushStream(u("inc.xml"), ZQN_xml, UnicodeString());
+  plain.events();
+  EXPECT_EQ(plain.reported.codes, std::vector<int>{148});
 }

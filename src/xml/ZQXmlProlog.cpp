@@ -161,9 +161,12 @@ void ZQXmlParserImpl::parseXmlDecl() {
     if (value != u"yes" && value != u"no") throwError(167, none(), none());
     skipDeclarationSpace(false);
   }
+  // "?>" ends it; the first character that doesn't fit is reported.
   UChar32 c = readChar();
-  if (c == u'?') c = readChar();
-  if (c != u'>') throwError(140, charArg(c), none());
+  if (c != u'?')
+    throwError(140, charArg(c), none());
+  else if ((c = readChar()) != u'>')
+    throwError(140, charArg(c), none());
   m_hasXmlDecl = true;
 }
 
