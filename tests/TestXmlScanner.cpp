@@ -890,6 +890,17 @@ TEST(XmlScanner, NextAfterCaughtErrorEndsTheDocument) {
   EXPECT_EQ(doc->next(), ZQXmlParser::END_DOCUMENT);
 }
 
+TEST(XmlScanner, NextAfterErrorInXmlDeclarationEndsTheDocument) {
+  Doc doc("<?xml version=\"2.0\"?><r/>", true);
+  try {
+    doc->next();
+    FAIL() << "no error";
+  } catch (const ZQError& e) {
+    EXPECT_EQ(e.getErrorCode(), 166);
+  }
+  EXPECT_EQ(doc->next(), ZQXmlParser::END_DOCUMENT);
+}
+
 TEST(XmlScanner, NextAfterCaughtErrorWithOpenElementsRaises129) {
   Doc doc("<a><b b='1' b='2'/>text</a>", true);
   doc->next();
@@ -1596,6 +1607,25 @@ TEST(XmlScannerGuard, MutualRecursionEndsWithError190) {
   doc->defineEntityReplacementText(ZQName(u"b"), u"&a;y");
   std::string trace = doc.trace();
   EXPECT_EQ(trace.substr(trace.size() - 7), ") </r $");
+  EXPECT_EQ(doc.errors.codes(), std::vector<int>({190}));
+}
+
+TEST(XmlScannerGuard, BranchingEntityStopsAfterOneReport) {
+  // Each expansion names itself twice: refusing only the leaves would cost one report per
+  // leaf of a tree as deep as the limit.
+  Doc doc("<r>&a;</r>");
+  doc->defineEntityReplacementText(ZQName(u"a"), u"&a;&a;");
+  std::string trace = doc.trace();
+  EXPECT_EQ(trace, "<r </r $");
+  EXPECT_EQ(doc.errors.codes(), std::vector<int>({190}));
+}
+
+TEST(XmlScannerGuard, OnlyShortValuesAreExpandedAfterTheLimit) {
+  Doc doc("<r>&a;&b;&lt;&c;</r>");
+  doc->defineEntityReplacementText(ZQName(u"a"), u"&a;");
+  doc->defineEntityReplacementText(ZQName(u"b"), u"longer than its name");
+  doc->defineEntityReplacementText(ZQName(u"c"), u"&lt;");
+  EXPECT_EQ(doc.trace(), "<r T(<) </r $");
   EXPECT_EQ(doc.errors.codes(), std::vector<int>({190}));
 }
 

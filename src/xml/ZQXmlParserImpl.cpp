@@ -235,6 +235,7 @@ void ZQXmlParserImpl::resetParser() {
   m_entityName = ZQName();
   m_expansionMarks.clear();
   m_expandedChars = 0;
+  m_expansionStopped = false;
 
   ZQXmlEntityMap& general = m_entities.generalEntities;
   if (general.size() != 5) {

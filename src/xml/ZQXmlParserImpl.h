@@ -324,7 +324,8 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
     uint64_t serial = 0;
   };
   std::vector<ExpansionMark> m_expansionMarks;
-  int64_t m_expandedChars = 0;  ///< characters expansions added to this document
+  int64_t m_expandedChars = 0;      ///< characters expansions added to this document
+  bool m_expansionStopped = false;  ///< a limit was hit: no further expansion in this document
   int m_expansionDepthLimit;
   int64_t m_expansionCharLimit;
 

@@ -85,6 +85,9 @@ ZQXmlParser::EventType ZQXmlParserImpl::nextToken() {
   m_entityName = ZQName();
   switch (m_eventType) {
     case START_DOCUMENT:
+      // An error thrown from the XML declaration leaves the stop mark: the document ends
+      // instead of being started again over the rest of the declaration.
+      if (m_pendingToken == TOKEN_STOP) return endOfInput();
       m_pendingToken = TOKEN_NONE;
       if (m_stream) {
         m_lineNumber = 1;

@@ -48,10 +48,16 @@ bool ZQXmlParserImpl::guardExpansion(ZQName entity, int64_t length) {
     if (m_expansionMarks.empty())
       growth = std::max<int64_t>(0, length - (entity.toString().length() + 2));
   }
+  // Only hostile documents reach a limit. After the first report only a reference written
+  // in the document with a short value is expanded, and nothing inside it: so a branching
+  // entity cannot go on costing one report per refused leaf, while "&lt;" and its kind
+  // still read.
+  if (m_expansionStopped && (length < 0 || !m_expansionMarks.empty() || growth > 16)) return false;
   bool tooDeep = m_expansionDepthLimit > 0 &&
                  m_expansionMarks.size() >= static_cast<size_t>(m_expansionDepthLimit);
   bool tooLong = m_expansionCharLimit > 0 && m_expandedChars + growth > m_expansionCharLimit;
-  if (tooDeep || tooLong) {
+  if (!m_expansionStopped && (tooDeep || tooLong)) {
+    m_expansionStopped = true;
     throwError(190, entity.toString(), UnicodeString());
     return false;
   }
