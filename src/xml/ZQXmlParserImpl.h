@@ -236,6 +236,16 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   void parseEntityDecl();
   /// Reads an external DTD for its entities; run on an inner parser instead of next().
   void parseExternalSubset();
+  /// Skips whitespace, appending it to the text buffer when asked; true when there was any.
+  bool skipDeclarationSpace(bool append);
+  /// The counting scan of the DOCTYPE's internal subset, or (`external`) of one declaration
+  /// of an external DTD, up to the ">" that closes it. False when input ended first.
+  bool scanDeclarations(bool external);
+  /// After "%": reads the reference and expands it in place, or opens its external entity.
+  /// `external` is the DTD's own scan, where undefined entities pass; `silent` reports nothing.
+  void expandParameterReference(bool external, bool silent);
+  /// The entities of the external DTD at the resolved `systemId`, read once per process.
+  void loadExternalDtd(const UnicodeString& systemId);
   /// At the first start tag: the entity sets the root decides (the MathML set for a `math`
   /// root without a DOCTYPE).
   void applyRootEntityRules();
