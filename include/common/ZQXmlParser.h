@@ -1,6 +1,7 @@
 // The pull-parser interface through which the library reads every kind of markup.
 #pragma once
 
+#include <cstdint>
 #include <istream>
 
 #include "common/ZQError.h"
@@ -178,6 +179,14 @@ class ZQCOMMON_API ZQXmlParser : public ZQRCObject {
   virtual UnicodeString getPubidLiteral();
   /// System identifier of the DOCTYPE as written.
   virtual UnicodeString getExternalDTD();
+
+  /// Process-wide limits that new parsers take for entity expansion: nesting of expansions
+  /// being read, and characters expansions may add to one document (0 or less: no limit).
+  static void setDefaultEntityExpansionLimits(int depth, int64_t chars);
+  /// The nesting limit that new parsers take (64 unless set).
+  static int getDefaultEntityExpansionDepth();
+  /// The character limit that new parsers take (32 Mi unless set).
+  static int64_t getDefaultEntityExpansionChars();
 
   /// Starts reading the URI written as `uri`.
   void setInput(const UnicodeString& uri, const UnicodeString& encoding, const UnicodeString& base);

@@ -106,6 +106,16 @@ UChar32 ZQXmlParserImpl::readChar() {
   return c;
 }
 
+// The part already read goes first: an insert moves the unread tail anyway, and without this
+// text put back again and again inside long expansions would keep all it ever held.
+void ZQXmlParserImpl::insertPushedText(const UnicodeString& piece) {
+  if (m_pushedTextPos > 0) {
+    m_pushedText.remove(0, m_pushedTextPos);
+    m_pushedTextPos = 0;
+  }
+  m_pushedText.insert(0, piece);
+}
+
 void ZQXmlParserImpl::unreadChar(UChar32 c) {
   if (m_pushedChar == END_OF_INPUT) {
     m_pushedChar = c;
@@ -118,7 +128,7 @@ void ZQXmlParserImpl::unreadChar(UChar32 c) {
     m_pushedText = piece;
     m_pushedTextPos = 0;
   } else {
-    m_pushedText.insert(m_pushedTextPos, piece);
+    insertPushedText(piece);
   }
 }
 
@@ -133,7 +143,7 @@ void ZQXmlParserImpl::unreadText(const UnicodeString& s) {
     m_pushedText = piece;
     m_pushedTextPos = 0;
   } else {
-    m_pushedText.insert(m_pushedTextPos, piece);
+    insertPushedText(piece);
   }
 }
 
@@ -427,6 +437,7 @@ void ZQXmlParserImpl::pushStream(const UnicodeString& uri, ZQName parseType,
   state.pushedText = m_pushedText;
   state.pushedTextPos = m_pushedTextPos;
   m_inputStack.push_back(std::move(state));
+  ++m_streamPushes;
 
   m_stream = m_baseStream = stream;
   m_stringInput = false;

@@ -1,6 +1,8 @@
 // What the parser interface does itself for the operations an implementation may leave alone.
 #include "common/ZQXmlParser.h"
 
+#include <atomic>
+
 #include "common/ZQString.h"
 
 namespace ZQCommonNS {
@@ -41,9 +43,22 @@ const UnicodeString* featureNames() {
   return names;
 }
 
+// Far beyond what real documents reach, and small enough that a hostile one stops quickly.
+std::atomic<int> s_defaultExpansionDepth{64};
+std::atomic<int64_t> s_defaultExpansionChars{int64_t(32) << 20};
+
 }  // namespace
 
 ZQXmlParser::~ZQXmlParser() = default;
+
+void ZQXmlParser::setDefaultEntityExpansionLimits(int depth, int64_t chars) {
+  s_defaultExpansionDepth.store(depth);
+  s_defaultExpansionChars.store(chars);
+}
+
+int ZQXmlParser::getDefaultEntityExpansionDepth() { return s_defaultExpansionDepth.load(); }
+
+int64_t ZQXmlParser::getDefaultEntityExpansionChars() { return s_defaultExpansionChars.load(); }
 
 const UnicodeString& ZQXmlParser::getEventTypeName(int type) {
   if (type < 0 || type >= EVENT_TYPE_COUNT) return ZQEmptyString::getEmptyString();

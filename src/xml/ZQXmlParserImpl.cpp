@@ -185,12 +185,18 @@ UnicodeString formatXmlParserMessage(unsigned short code, const UnicodeString& a
       return text.append(u"External entity is not allowed: '").append(a).append(u"'.");
     case 189:
       return text.append(u"Empty attribute name: ").append(a);
+    case 190:
+      return text.append(u"Entity expansion limit exceeded: &").append(a).append(u";");
     default:
       return u"XML parser error.";
   }
 }
 
-ZQXmlParserImpl::ZQXmlParserImpl() : m_parserType(ZQN_auto), m_defaultType(ZQN_html) {
+ZQXmlParserImpl::ZQXmlParserImpl()
+    : m_expansionDepthLimit(getDefaultEntityExpansionDepth()),
+      m_expansionCharLimit(getDefaultEntityExpansionChars()),
+      m_parserType(ZQN_auto),
+      m_defaultType(ZQN_html) {
   m_cachedText.setToBogus();
   resetParser();
 }
@@ -226,6 +232,8 @@ void ZQXmlParserImpl::resetParser() {
   m_textStart = 0;
   m_cachedText.setToBogus();
   m_entityName = ZQName();
+  m_expansionMarks.clear();
+  m_expandedChars = 0;
 
   ZQXmlEntityMap& general = m_entities.generalEntities;
   if (general.size() != 5) {
@@ -277,6 +285,7 @@ void ZQXmlParserImpl::popStream() {
   m_pushedText = state.pushedText;
   m_pushedTextPos = state.pushedTextPos;
   m_inputStack.pop_back();
+  dropEndedExpansions();
 }
 
 void ZQXmlParserImpl::closeStream() {

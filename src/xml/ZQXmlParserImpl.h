@@ -2,6 +2,7 @@
 // Reading (input and decoding, the scanner, the prolog and DTD, HTML) completes this class.
 #pragma once
 
+#include <cstdint>
 #include <deque>
 #include <istream>
 #include <memory>
@@ -162,6 +163,13 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   UnicodeString getPubidLiteral() override;
   UnicodeString getExternalDTD() override;
 
+  /// Limits of entity expansion for this parser: how many expansions may be read inside one
+  /// another, and how many characters expansions may add to one document. A value of 0 or
+  /// less lifts that limit. New parsers take the process-wide defaults of ZQXmlParser.
+  void setEntityExpansionLimits(int depth, int64_t chars);
+  int getEntityExpansionDepthLimit() const { return m_expansionDepthLimit; }
+  int64_t getEntityExpansionCharLimit() const { return m_expansionCharLimit; }
+
  protected:
   /// Clears the state of a document; the features, the parser type, the callback and the
   /// stream type stay.
@@ -188,6 +196,8 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   void unreadChar(UChar32 c);
   /// Puts a string back ahead of everything still unread.
   void unreadText(const UnicodeString& s);
+  /// Puts `piece` ahead of the unread part of a non-empty pushedText.
+  void insertPushedText(const UnicodeString& piece);
   /// The next code point, left unread.
   UChar32 peekChar() {
     UChar32 c = readChar();
@@ -229,6 +239,17 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   UnicodeString readLiteral(int mode);
   /// Reads a reference after "&": a character into `out`, or an entity's name into `name`.
   void readReference(UnicodeString& out, ZQName& name, bool expand);
+  /// End of input reached by nextToken: HTML closes an open element, XML reports one and
+  /// ends the document.
+  EventType endOfInput();
+  /// Under next(): an entity reference is read in place, as text put back or a pushed input.
+  void expandEntity();
+  /// Skips whitespace; true when there was any.
+  bool skipSpaces();
+  /// The rest of an empty-element tag after its "/".
+  void parseEmptyTagTail();
+  /// Saves the current input on inputStack and empties the pushback for an inner one.
+  void pushInputState();
 
   // ---- Prolog, DTD and entities ----
   void parseXmlDecl();
@@ -255,6 +276,15 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   /// tables saved for it.
   void leaveMathScope();
 
+  // ---- Entity-expansion guard ----
+  /// Counts one expansion of `entity` before its value is read: `length` characters put back
+  /// with unreadText, or a negative length for an input about to be pushed with pushStream.
+  /// False, after reporting error 190, when a limit is reached and the expansion must be
+  /// dropped. Call it right before the unreadText or pushStream it guards.
+  bool guardExpansion(ZQName entity, int64_t length);
+  /// Forgets the expansions of inputs that have ended; popStream calls it.
+  void dropEndedExpansions();
+
   /// Records the settled document type.
   void settleType(ZQName type) { m_settledType = type; }
 
@@ -277,6 +307,24 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   UnicodeString m_encodingName;
   bool m_bomSeen = false;
   std::vector<InputState> m_inputStack;
+  uint64_t m_streamPushes = 0;  ///< inputs pushStream opened, for the expansion guard
+
+  // ---- Entity-expansion guard ----
+  /// An expansion still being read: put back as text at input level `level` with
+  /// `remaining` characters of pushback behind it while the reader stood at line and column,
+  /// or (`stream`) an input pushed above level `level` by the pushStream numbered `serial`.
+  struct ExpansionMark {
+    size_t level = 0;
+    int remaining = 0;
+    int line = 0;
+    int column = 0;
+    bool stream = false;
+    uint64_t serial = 0;
+  };
+  std::vector<ExpansionMark> m_expansionMarks;
+  int64_t m_expandedChars = 0;  ///< characters expansions added to this document
+  int m_expansionDepthLimit;
+  int64_t m_expansionCharLimit;
 
   // ---- Scanner ----
   EventType m_eventType = START_DOCUMENT;
@@ -294,6 +342,7 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   std::vector<ZQXmlAttribute> m_attributes;
   ZQName m_entityName;  ///< 0 at a character reference
   ZQName m_target;
+  bool m_markupDropped = false;  ///< parseMarkupDecl dropped a section and made no event
   std::deque<ZQError> m_errorQueue;
   ErrorCallback m_errorCallback = nullptr;
   void* m_errorCallbackData = nullptr;

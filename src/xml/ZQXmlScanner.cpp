@@ -1,16 +1,675 @@
-// The event loop of the parser: next, nextToken and the parsing of markup.
+// The event loop of the parser: next and nextToken, the class of the next token, tags with
+// their attributes, text, CDATA sections, comments, processing instructions and markup
+// declarations, and rewind.
+#include <unicode/locid.h>
+
+#include <cstdio>
+
+#include "common/ZQChar.h"
+#include "common/ZQString.h"
 #include "xml/ZQXmlParserImpl.h"
 
 namespace ZQCommonNS {
 
-// Placeholder until the scanner lands: every document reads as empty.
+namespace {
+
+constexpr UChar32 kEnd = ZQXmlParserImpl::END_OF_INPUT;
+
+bool isSpace(UChar32 c) { return c == 9 || c == 10 || c == 13 || c == 32; }
+
+// A character as a message argument; the end of input shows as nothing.
+UnicodeString charText(UChar32 c) {
+  UnicodeString text;
+  if (c != kEnd) text.append(c);
+  return text;
+}
+
+// "U+0041 (A)": how text at the top level is reported.
+UnicodeString codePointText(UChar32 c) {
+  char hex[16];
+  snprintf(hex, sizeof hex, "U+%04X (", static_cast<unsigned>(c));
+  return UnicodeString(hex, -1, US_INV).append(charText(c)).append(u')');
+}
+
+UnicodeString qualifiedName(ZQName prefix, ZQName local) {
+  UnicodeString text;
+  if (!prefix.isEmpty()) text.append(prefix.toString()).append(u':');
+  return text.append(local.toString());
+}
+
+bool isAllSpace(const UnicodeString& text, int start) {
+  for (int i = start; i < text.length(); ++i)
+    if (!isSpace(text.charAt(i))) return false;
+  return true;
+}
+
+}  // namespace
+
+// ---- Events ----
+
 ZQXmlParser::EventType ZQXmlParserImpl::nextToken() {
+  m_textBuffer.truncate(m_textStart);
+  m_cachedText.setToBogus();
+  m_entityName = ZQName();
+  switch (m_eventType) {
+    case START_DOCUMENT:
+      m_pendingToken = TOKEN_NONE;
+      if (m_stream) {
+        m_lineNumber = 1;
+        m_columnNumber = 0;
+        detectEncoding(false);
+        // A character that detection read and put back was counted by no readChar.
+        if (m_pushedChar != END_OF_INPUT) ++m_columnNumber;
+      }
+      if (peekToken() == TOKEN_PI) {
+        parsePI();
+        if (m_eventType != START_DOCUMENT) return m_eventType;
+      }
+      break;
+    case END_DOCUMENT:
+      return endOfInput();
+    case START_TAG:
+      if (m_pendingToken == TOKEN_EMPTY_ELEMENT) {
+        m_eventType = END_TAG;
+        return m_eventType;
+      }
+      break;
+    case END_TAG:
+      m_namespaces->popContext();
+      break;
+    default:
+      break;
+  }
+  for (;;) {
+    switch (peekToken()) {
+      case TOKEN_START_TAG:
+        parseStartTag();
+        return m_eventType;
+      case TOKEN_END_TAG:
+        parseEndTag();
+        return m_eventType;
+      case TOKEN_TEXT:
+        parseText();
+        return m_eventType;
+      case TOKEN_REFERENCE: {
+        m_eventType = ENTITY_REF;
+        m_pendingToken = TOKEN_NONE;
+        UnicodeString text;
+        readReference(text, m_entityName, false);
+        if (m_entityName.isEmpty()) m_textBuffer.append(text);
+        return m_eventType;
+      }
+      case TOKEN_PI:
+        parsePI();
+        return m_eventType;
+      case TOKEN_DECLARATION:
+        // A section dropped in content makes no event of its own: the next token is read.
+        m_markupDropped = false;
+        parseMarkupDecl();
+        if (m_markupDropped) continue;
+        return m_eventType;
+      default:
+        return endOfInput();
+    }
+  }
+}
+
+ZQXmlParser::EventType ZQXmlParserImpl::endOfInput() {
+  if (getDepth() > 0) {
+    // HTML closes what is open, one element per call.
+    if (isHTMLSyntax()) {
+      m_eventType = END_TAG;
+      return m_eventType;
+    }
+    throwError(129, UnicodeString(), UnicodeString());
+  }
   m_eventType = END_DOCUMENT;
+  m_pendingToken = TOKEN_NONE;
+  if (m_autoClose) closeStream();
   return m_eventType;
 }
 
-ZQXmlParser::EventType ZQXmlParserImpl::next() { return nextToken(); }
+ZQXmlParser::EventType ZQXmlParserImpl::next() {
+  m_textBuffer.remove();
+  for (;;) {
+    m_textStart = m_textBuffer.length();
+    EventType t = nextToken();
+    if (t < TEXT || t > DOCDECL) return t;
+    bool merge = false;
+    switch (t) {
+      case TEXT:
+      case CDSECT:
+        merge = true;
+        break;
+      case ENTITY_REF:
+        if (m_entityName.isEmpty()) {
+          merge = true;  // the character is in the buffer
+        } else {
+          expandEntity();
+        }
+        break;
+      case PROCESSING_INSTRUCTION:
+        if (m_features[FEATURE_REPORT_PI]) return t;
+        m_cachedText.setToBogus();
+        break;
+      default:  // whitespace at the top, DOCTYPE, comment
+        break;
+    }
+    if (!merge) {
+      // What was skipped leaves no text; text before it joins text after it.
+      m_textBuffer.truncate(m_textStart);
+      if (m_textStart < 1) continue;
+    }
+    m_eventType = TEXT;
+    int ahead = peekToken();
+    if (ahead < TOKEN_TEXT || ahead == TOKEN_END_OF_INPUT ||
+        (ahead == TOKEN_PI && m_features[FEATURE_REPORT_PI])) {
+      m_textStart = 0;
+      return m_eventType;
+    }
+  }
+}
 
-void ZQXmlParserImpl::rewind() {}
+void ZQXmlParserImpl::expandEntity() {
+  const UnicodeString& name = m_entityName.toString();
+  UnicodeString value = lookupEntity(m_entityName, false);
+  if (value.isBogus()) {
+    throwError(515, name, UnicodeString());
+    value = UnicodeString();
+  }
+  if (m_entities.externalGeneralEntities.count(m_entityName) == 0) {
+    // Scanned as if it stood in the input, so markup inside entities works.
+    if (!value.isEmpty() && guardExpansion(m_entityName, value.length())) unreadText(value);
+    return;
+  }
+  if (m_features[FEATURE_FORBID_EXTERNAL_ENTITIES]) {
+    UnicodeString text(u"<!ENTITY ");
+    text.append(name).append(u" ... \"").append(value).append(u"\"");
+    throwError(516, text, UnicodeString());
+    return;
+  }
+  if (guardExpansion(m_entityName, -1)) pushStream(value, ZQName(), UnicodeString());
+}
+
+int ZQXmlParserImpl::peekToken() {
+  if (m_pendingToken == TOKEN_STOP ||
+      (m_pendingToken >= TOKEN_START_TAG && m_pendingToken <= TOKEN_END_OF_INPUT))
+    return m_pendingToken;
+  int result;
+  UChar32 c = readChar();
+  if (m_parserType == ZQN_text && c != kEnd) {
+    unreadChar(c);
+    result = TOKEN_TEXT;
+  } else if (c == '&') {
+    result = TOKEN_REFERENCE;
+  } else if (c == '<') {
+    UChar32 d = readChar();
+    if (d == '!') {
+      result = TOKEN_DECLARATION;
+    } else if (d == '/') {
+      result = TOKEN_END_TAG;
+    } else if (d == '?') {
+      result = TOKEN_PI;
+    } else {
+      if (d != kEnd) unreadChar(d);
+      // In HTML a "<" that starts no name is text.
+      if (isHTMLSyntax() && !ZQChar::isNCNameStartChar(d)) {
+        unreadChar('<');
+        result = TOKEN_TEXT;
+      } else {
+        result = TOKEN_START_TAG;
+      }
+    }
+  } else if (c == kEnd) {
+    // A stream still good gave a real U+FFFF.
+    if (m_stream && !(m_stream->rdstate() & (std::ios::failbit | std::ios::badbit)))
+      throwError(180, UnicodeString(), UnicodeString());
+    result = TOKEN_END_OF_INPUT;
+  } else {
+    unreadChar(c);
+    result = TOKEN_TEXT;
+  }
+  m_pendingToken = result;
+  return result;
+}
+
+// ---- Tags ----
+
+bool ZQXmlParserImpl::skipSpaces() {
+  bool any = false;
+  UChar32 c;
+  while (isSpace(c = readChar())) any = true;
+  if (c != kEnd) unreadChar(c);
+  return any;
+}
+
+void ZQXmlParserImpl::parseStartTag() {
+  m_eventType = START_TAG;
+  m_pendingToken = TOKEN_NONE;
+  if (getDepth() == m_baseDepth && m_topLevelSeen)
+    throwError(130, UnicodeString(), UnicodeString());
+  if (isSpace(peekChar())) throwError(141, u"<", UnicodeString());
+  ZQName prefix, local;
+  if (!readQName(prefix, local)) throwError(132, UnicodeString(), UnicodeString());
+  if (!m_rootSeen) m_rootName = local;
+  m_topLevelSeen = true;
+
+  m_namespaces->pushContext();
+  m_attributes.clear();
+
+  for (;;) {
+    // Without whitespace the loop ends, so that a missing separator is reported below.
+    if (!skipSpaces() && !isHTMLSyntax()) break;
+    UChar32 c = peekChar();
+    if (c == '>' || c == '/' || c == kEnd) break;
+    ZQXmlAttribute attribute;
+    ZQName name = readName();
+    if (name.isEmpty()) {
+      UnicodeString bad = readLiteral(4);
+      throwError(189, bad, UnicodeString());
+    } else {
+      c = readChar();
+      if (c == ':') {
+        attribute.prefix = name;
+        attribute.localName = readName();
+        if (attribute.localName.isEmpty())
+          throwError(137, UnicodeString(name.toString()).append(u':'), UnicodeString());
+      } else {
+        if (c != kEnd) unreadChar(c);
+        attribute.localName = name;
+      }
+    }
+    skipSpaces();
+    c = readChar();
+    if (c == '=') {
+      skipSpaces();
+      attribute.value = readLiteral(1);
+    } else {
+      if (c != kEnd) unreadChar(c);
+      // HTML takes an attribute without "=" as empty.
+      if (!isHTMLSyntax()) {
+        throwError(138, UnicodeString(), UnicodeString());
+        skipSpaces();
+        attribute.value = readLiteral(1);
+      }
+    }
+    if (attribute.prefix == ZQN_xmlns) {
+      if (!attribute.localName.isEmpty())
+        m_namespaces->declare(attribute.localName, ZQName(attribute.value));
+      attribute.namespaceUri = ZQN_NS_XMLNS;
+    } else if (attribute.prefix.isEmpty() && attribute.localName == ZQN_xmlns) {
+      // Interned, so that an empty value makes the default namespace 0.
+      m_namespaces->declare(ZQName(), ZQName(attribute.value));
+      attribute.namespaceUri = ZQN_NS_XMLNS;
+    }
+    m_attributes.push_back(std::move(attribute));
+  }
+
+  UChar32 c = readChar();
+  if (c == '/') {
+    parseEmptyTagTail();
+  } else if (c != '>') {
+    if (ZQChar::isNCNameStartChar(c))
+      throwError(139, UnicodeString(), UnicodeString());
+    else
+      throwError(140, charText(c), UnicodeString());
+  }
+
+  if (getDepth() == 1 && (local == ZQN_svg || local == ZQN_chart)) {
+    if (prefix.isEmpty() && m_namespaces->lookup(ZQName()).isEmpty())
+      m_namespaces->declare(ZQName(), local == ZQN_svg ? ZQN_NS_SVG : ZQN_NS_ZQ_CHARTML);
+    if (m_namespaces->lookup(ZQN_xlink).isEmpty()) m_namespaces->declare(ZQN_xlink, ZQN_NS_XLINK);
+  }
+  if (!m_rootSeen) {
+    m_rootNamespace = m_namespaces->lookup(prefix);
+    if (isHTMLSyntax()) {
+      addHtmlEntities();
+      if (m_rootNamespace.isEmpty()) m_namespaces->declare(ZQName(), ZQN_NS_XHTML);
+    } else if (isXHTMLSyntax()) {
+      addXhtmlEntities();
+    }
+  }
+  ZQName ns = m_namespaces->lookup(prefix);
+  if (ns.isEmpty() && !prefix.isEmpty() && !isHTMLSyntax())
+    throwError(135, prefix.toString(), UnicodeString());
+
+  ZQNamespaceManager::Entry& top = m_namespaces->top();
+  top.namespaceUri = ns;
+  top.prefix = prefix;
+  top.localName = local;
+
+  if (m_rootSeen) {
+    if (getDepth() >= 2 && local == ZQN_math && ns == ZQN_NS_MATHML) enterMathScope();
+  } else {
+    m_rootSeen = true;
+    applyRootEntityRules();
+    if (isHTMLSyntax()) applyHtmlDefaultCharset();
+  }
+
+  // After all declarations of the tag, so that two prefixes of one namespace collide.
+  for (size_t i = 0; i < m_attributes.size(); ++i) {
+    ZQXmlAttribute& attribute = m_attributes[i];
+    if (!attribute.prefix.isEmpty() && attribute.namespaceUri.isEmpty()) {
+      attribute.namespaceUri = m_namespaces->lookup(attribute.prefix);
+      if (attribute.namespaceUri.isEmpty()) {
+        if (m_features[FEATURE_ALLOW_UNDECLARED_PREFIX] || isHTMLSyntax())
+          attribute.namespaceUri = attribute.prefix;
+        else
+          throwError(135, attribute.prefix.toString(), UnicodeString());
+      }
+    }
+    for (size_t j = 0; j < i; ++j) {
+      const ZQXmlAttribute& earlier = m_attributes[j];
+      if (earlier.localName == attribute.localName &&
+          earlier.namespaceUri == attribute.namespaceUri) {
+        throwError(136, qualifiedName(attribute.prefix, attribute.localName), UnicodeString());
+        break;
+      }
+    }
+  }
+}
+
+// After "/" of an empty-element tag: on to ">", reporting only the first stray character
+// of each kind.
+void ZQXmlParserImpl::parseEmptyTagTail() {
+  bool spaceSeen = false;
+  bool otherSeen = false;
+  for (;;) {
+    UChar32 c = readChar();
+    if (c == '>') break;
+    if (c == kEnd) {
+      throwError(146, UnicodeString(), UnicodeString());
+      break;
+    }
+    if (isSpace(c)) {
+      if (spaceSeen) continue;
+      spaceSeen = true;
+      throwError(isHTMLSyntax() || isXHTMLSyntax() ? 898 : 770, u"/", UnicodeString());
+    } else {
+      if (otherSeen) continue;
+      otherSeen = true;
+      throwError(isHTMLSyntax() || isXHTMLSyntax() ? 897 : 140, charText(c), UnicodeString());
+    }
+  }
+  m_pendingToken = TOKEN_EMPTY_ELEMENT;
+}
+
+void ZQXmlParserImpl::parseEndTag() {
+  m_eventType = END_TAG;
+  m_pendingToken = TOKEN_NONE;
+  if (isSpace(peekChar())) throwError(141, u"</", UnicodeString());
+  ZQName prefix, local;
+  if (!readQName(prefix, local)) throwError(133, UnicodeString(), UnicodeString());
+  const ZQNamespaceManager::Entry& top = m_namespaces->top();
+  if (prefix != top.prefix || local != top.localName) {
+    // Compared by names, not namespaces. Closes the open element all the same.
+    throwError(isHTMLSyntax() ? 513 : 134, qualifiedName(prefix, local),
+               qualifiedName(top.prefix, top.localName));
+  }
+  const ZQNamespaceManager::Entry& closing = m_namespaces->top();
+  if (getDepth() >= 2 && closing.localName == ZQN_math && closing.namespaceUri == ZQN_NS_MATHML)
+    leaveMathScope();
+  skipSpaces();
+  UChar32 c = readChar();
+  if (c != '>') throwError(140, charText(c), UnicodeString());
+}
+
+// ---- Character data ----
+
+void ZQXmlParserImpl::parseText() {
+  m_eventType = TEXT;
+  m_pendingToken = TOKEN_NONE;
+  if (m_parserType == ZQN_text) {
+    // An input read as text: no markup at all.
+    for (UChar32 c = readChar(); c != kEnd; c = readChar()) m_textBuffer.append(c);
+    popStream();
+    return;
+  }
+  bool reported = false;
+  for (;;) {
+    UChar32 c = readChar();
+    if (c == kEnd) break;
+    if (c == '&') {
+      unreadChar(c);
+      break;
+    }
+    if (c == '<') {
+      if (m_textBuffer.length() > m_textStart) {
+        unreadChar(c);
+        break;
+      }
+      // First of the token: peekToken found it starts no tag.
+      m_textBuffer.append(c);
+      continue;
+    }
+    if (c == ']') {
+      UChar32 d = readChar();
+      if (d != ']') {
+        if (d != kEnd) unreadChar(d);
+        m_textBuffer.append(c);
+        continue;
+      }
+      UChar32 e = readChar();
+      if (e == '>') throwError(144, UnicodeString(), UnicodeString());
+      if (e != kEnd) unreadChar(e);
+      unreadChar(d);
+      m_textBuffer.append(c);
+      continue;
+    }
+    if (getDepth() == 0 && !isSpace(c) && !(isHTMLSyntax() && !m_rootSeen)) {
+      throwError(142, codePointText(c), UnicodeString());
+      reported = true;
+    }
+    m_textBuffer.append(c);
+  }
+  if (getDepth() == m_baseDepth) {
+    if (isAllSpace(m_textBuffer, m_textStart)) {
+      m_eventType = IGNORABLE_WHITESPACE;
+    } else if (!reported) {
+      int i = m_textStart;
+      while (i < m_textBuffer.length() && isSpace(m_textBuffer.charAt(i))) ++i;
+      throwError(142, codePointText(m_textBuffer.char32At(i)), UnicodeString());
+    }
+  }
+}
+
+void ZQXmlParserImpl::parseCdata() {
+  m_eventType = CDSECT;
+  int brackets = 0;  // of this section only: the buffer may end in text merged before it
+  for (;;) {
+    UChar32 c = readChar();
+    if (c == kEnd) {
+      throwError(145, UnicodeString(), UnicodeString());
+      return;
+    }
+    if (c == '>' && brackets >= 2) {
+      m_textBuffer.truncate(m_textBuffer.length() - 2);
+      return;
+    }
+    brackets = c == ']' ? brackets + 1 : 0;
+    m_textBuffer.append(c);
+  }
+}
+
+void ZQXmlParserImpl::parseComment() {
+  m_eventType = COMMENT;
+  UChar32 c = readChar();
+  if (c == '>') throwError(897, charText(c), UnicodeString());
+  for (;;) {
+    if (c != '-') {
+      if (c == kEnd) {
+        throwError(146, UnicodeString(), UnicodeString());
+        return;
+      }
+      m_textBuffer.append(c);
+      c = readChar();
+      continue;
+    }
+    UChar32 d = readChar();
+    if (d == kEnd) {
+      throwError(146, UnicodeString(), UnicodeString());
+      return;
+    }
+    if (d != '-') {
+      unreadChar(d);
+      m_textBuffer.append(c);
+      c = readChar();
+      continue;
+    }
+    for (;;) {  // "--" seen
+      UChar32 e = readChar();
+      if (e == '>') return;
+      if (e == kEnd) {
+        throwError(146, UnicodeString(), UnicodeString());
+        return;
+      }
+      bool htmlish = isXHTMLSyntax() || isHTMLSyntax();
+      if (e == '-' && htmlish) {
+        // Extra dashes before "-->" pass in HTML and XHTML.
+        m_textBuffer.append(e);
+        continue;
+      }
+      throwError(htmlish ? 899 : 771, UnicodeString(), UnicodeString());
+      m_textBuffer.append(u"--").append(e);
+      break;
+    }
+    c = readChar();
+  }
+}
+
+void ZQXmlParserImpl::parsePI() {
+  m_pendingToken = TOKEN_NONE;
+  ZQName name = readName();
+  if (name == ZQN_xml) {
+    parseXmlDecl();
+    return;
+  }
+  m_eventType = PROCESSING_INSTRUCTION;
+  const UnicodeString& nameText = name.toString();
+  if (nameText.caseCompare(u"xml", U_FOLD_CASE_DEFAULT) == 0) throwError(171, nameText, {});
+  m_target = name;
+  UChar32 c = readChar();
+  if (!isSpace(c)) {
+    if (c == '?') {
+      UChar32 d = readChar();
+      if (d == '>') {
+        m_cachedText = UnicodeString();
+        return;
+      }
+      if (d != kEnd) unreadChar(d);
+    }
+    if (c != kEnd) unreadChar(c);
+    throwError(172, nameText, UnicodeString());
+  }
+  UnicodeString content;
+  for (;;) {
+    c = readChar();
+    if (c == kEnd) {
+      throwError(173, UnicodeString(), UnicodeString());
+      break;
+    }
+    if (c == '>' && content.endsWith(u"?")) {
+      content.truncate(content.length() - 1);
+      break;
+    }
+    content.append(c);
+  }
+  m_cachedText = content.trim();
+}
+
+void ZQXmlParserImpl::parseMarkupDecl() {
+  m_pendingToken = TOKEN_NONE;
+  UChar32 c = readChar();
+  if (c == '[') {
+    if (readName() == ZQN_CDATA) {
+      UChar32 d = readChar();
+      if (d == '[') {
+        parseCdata();
+        return;
+      }
+      if (d != kEnd) unreadChar(d);
+      throwError(168, UnicodeString(), UnicodeString());
+    }
+    // Any other section in content is dropped, up to "]>".
+    UChar32 last = 0;
+    for (;;) {
+      c = readChar();
+      if (c == kEnd) {
+        throwError(145, UnicodeString(), UnicodeString());
+        break;
+      }
+      if (c == '>' && last == ']') break;
+      last = c;
+    }
+    m_markupDropped = true;
+    return;
+  }
+  if (c == '-') {
+    UChar32 d = readChar();
+    if (d != '-') {
+      if (d != kEnd) unreadChar(d);
+      throwError(169, UnicodeString(), UnicodeString());
+    }
+    parseComment();
+    return;
+  }
+  if (c != kEnd) unreadChar(c);
+  ZQName name = readName();
+  if (name == ZQN_DOCTYPE) {
+    parseDocDecl();
+    return;
+  }
+  UnicodeString upper(name.toString());
+  upper.toUpper(icu::Locale::getRoot());
+  if (upper == u"DOCTYPE") {
+    // "<!doctype html>" in any case is taken under every syntax.
+    UnicodeString ahead;
+    UChar32 s;
+    while (isSpace(s = readChar())) ahead.append(s);
+    if (s != kEnd) unreadChar(s);
+    if (!ahead.isEmpty()) {
+      ZQName root = readName();
+      ahead.append(root.toString());
+      UnicodeString lower(root.toString());
+      lower.toLower(icu::Locale::getRoot());
+      if (lower == u"html") {
+        unreadText(ahead);
+        parseDocDecl();
+        return;
+      }
+    }
+    unreadText(ahead);
+  }
+  throwError(170, name.toString(), UnicodeString());
+  m_markupDropped = true;
+}
+
+// ---- Rewind ----
+
+void ZQXmlParserImpl::rewind() {
+  while (!m_inputStack.empty()) popStream();
+  std::istream* base = m_baseStream;
+  if (!base) return;
+  bool owns = m_ownsStream;
+  UnicodeString encodingName = m_encodingName;
+  int encodingKind = m_encodingKind;
+  UnicodeString baseUri = m_baseUri;
+  UnicodeString inputUri = m_inputUri;
+  // Closed without deleting the stream that setInput gave; a converter over it goes.
+  if (m_stream != m_baseStream) delete m_stream;
+  m_stream = m_baseStream = nullptr;
+  m_ownsStream = false;
+  base->clear();
+  base->seekg(0);
+  resetParser();
+  m_stream = m_baseStream = base;
+  m_ownsStream = owns;
+  m_baseUri = baseUri;
+  m_inputUri = inputUri;
+  m_encodingName = encodingName;
+  m_encodingKind = encodingKind;
+  checkStream();
+  setEncoding(encodingName);
+}
 
 }  // namespace ZQCommonNS

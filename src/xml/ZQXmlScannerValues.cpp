@@ -1,0 +1,290 @@
+// Names, literals and references of the scanner.
+#include <sstream>
+#include <string>
+
+#include "common/ZQChar.h"
+#include "common/ZQString.h"
+#include "xml/ZQXmlParserImpl.h"
+
+namespace ZQCommonNS {
+
+namespace {
+
+constexpr UChar32 kEnd = ZQXmlParserImpl::END_OF_INPUT;
+
+bool isSpace(UChar32 c) { return c == 9 || c == 10 || c == 13 || c == 32; }
+
+UnicodeString charText(UChar32 c) {
+  UnicodeString text;
+  if (c != kEnd) text.append(c);
+  return text;
+}
+
+int digitValue(UChar32 c, bool hex) {
+  if (c >= '0' && c <= '9') return c - '0';
+  if (!hex) return -1;
+  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+  return -1;
+}
+
+std::string utf16leBytes(const UnicodeString& text) {
+  std::string bytes;
+  bytes.reserve(static_cast<size_t>(text.length()) * 2);
+  for (int i = 0; i < text.length(); ++i) {
+    UChar unit = text.charAt(i);
+    bytes.push_back(static_cast<char>(unit & 0xFF));
+    bytes.push_back(static_cast<char>(unit >> 8));
+  }
+  return bytes;
+}
+
+}  // namespace
+
+ZQName ZQXmlParserImpl::readName() {
+  UChar32 c = readChar();
+  if (!ZQChar::isNCNameStartChar(c)) {
+    if (c != kEnd) unreadChar(c);
+    return ZQName();
+  }
+  UnicodeString text;
+  do {
+    text.append(c);
+    c = readChar();
+  } while (ZQChar::isNCNameChar(c));
+  if (c != kEnd) unreadChar(c);
+  return ZQName(ZQNameTable::getSharedNameEnum(text));
+}
+
+bool ZQXmlParserImpl::readQName(ZQName& prefix, ZQName& local) {
+  ZQName name = readName();
+  if (name.isEmpty()) {
+    prefix = local = ZQName();
+    return false;
+  }
+  UChar32 c = readChar();
+  if (c == ':') {
+    prefix = name;
+    local = readName();
+    return !local.isEmpty();
+  }
+  if (c != kEnd) unreadChar(c);
+  prefix = ZQName();
+  local = name;
+  return true;
+}
+
+UnicodeString ZQXmlParserImpl::readLiteral(int mode) {
+  UChar32 quote = readChar();
+  bool quoted = quote == '"' || quote == '\'';
+  if (!quoted) {
+    if (quote != kEnd) unreadChar(quote);
+    if (mode == 0 || mode == 2 || (mode == 1 && !isHTMLSyntax()))
+      throwError(174, UnicodeString(), UnicodeString());
+    quote = 32;
+  }
+  int line = m_lineNumber;
+  int column = m_columnNumber;
+
+  UnicodeString raw;
+  bool endedByEnd = false;
+  bool plain = true;  // nothing that the normalisation pass would change or report
+  for (;;) {
+    UChar32 c = readChar();
+    if (c == kEnd) {
+      endedByEnd = true;
+      if (mode != 3 && mode != 4) throwError(175, charText(quote), UnicodeString());
+      break;
+    }
+    if (quoted) {
+      if (c == quote) break;
+    } else {
+      if (isSpace(c) || c == '>' || (mode == 3 && (c == '"' || c == '\'' || c == '/'))) {
+        unreadChar(c);
+        break;
+      }
+      if (c == '/') {
+        UChar32 d = readChar();
+        if (d == '>') {
+          unreadChar(d);
+          unreadChar(c);
+          break;
+        }
+        if (d != kEnd) unreadChar(d);
+      }
+    }
+    if (c == '&' || c == '<' || c == 9 || c == 10 || c == 13) plain = false;
+    raw.append(c);
+  }
+
+  UnicodeString value;
+  if (plain) {
+    value = raw;
+  } else {
+    // The literal is read again as an input of its own from where it started, so that its
+    // errors carry the position inside it, and its references expand in place.
+    UChar32 pendingDecoded = m_pendingDecoded;
+    m_pendingDecoded = END_OF_INPUT;
+    pushInputState();
+    m_stream = m_baseStream = new std::istringstream(utf16leBytes(raw), std::ios::binary);
+    m_stringInput = true;
+    m_encodingKind = ENCODING_UTF16LE;
+    m_lineNumber = line;
+    m_columnNumber = column;
+    size_t level = m_inputStack.size();
+    try {
+      for (UChar32 c = readChar(); c != kEnd; c = readChar()) {
+        if (c == '<' && mode == 1 && !(isHTMLSyntax() && quoted))
+          throwError(176, UnicodeString(), UnicodeString());
+        if (c == '&' && (mode == 1 || mode == 2)) {
+          UnicodeString text;
+          ZQName name;
+          readReference(text, name, true);
+          if (name.isEmpty()) {
+            value.append(text);
+            continue;
+          }
+          if (text.isBogus()) {
+            throwError(515, name.toString(), UnicodeString());
+            text = UnicodeString();
+          }
+          if (mode == 2) {
+            // General references in entity values expand where the entity is used.
+            value.append(u'&').append(name.toString()).append(u';');
+          } else if (!text.isEmpty() && guardExpansion(name, text.length())) {
+            unreadText(text);
+          }
+          continue;
+        }
+        if (c == 9 || c == 10 || c == 13) c = 32;
+        value.append(c);
+      }
+    } catch (...) {
+      while (m_inputStack.size() >= level) popStream();
+      m_pendingDecoded = pendingDecoded;
+      throw;
+    }
+    while (m_inputStack.size() >= level) popStream();
+    m_pendingDecoded = pendingDecoded;
+  }
+  if (mode == 4 && quoted) {
+    value.insert(0, quote);
+    if (!endedByEnd) value.append(quote);
+  }
+  return value;
+}
+
+void ZQXmlParserImpl::pushInputState() {
+  InputState state;
+  state.stream = m_stream;
+  state.baseStream = m_baseStream;
+  state.stringInput = m_stringInput;
+  state.bomSeen = m_bomSeen;
+  state.topLevelSeen = m_topLevelSeen;
+  state.encodingKind = m_encodingKind;
+  state.encodingName = m_encodingName;
+  state.parserType = m_parserType;
+  state.settledType = m_settledType;
+  state.inputUri = m_inputUri;
+  state.baseUri = m_baseUri;
+  state.baseDepth = m_baseDepth;
+  state.lineNumber = m_lineNumber;
+  state.columnNumber = m_columnNumber;
+  state.pushedChar = m_pushedChar;
+  state.pushedText = m_pushedText;
+  state.pushedTextPos = m_pushedTextPos;
+  m_inputStack.push_back(std::move(state));
+  m_pushedChar = END_OF_INPUT;
+  m_pushedText.remove();
+  m_pushedTextPos = 0;
+}
+
+void ZQXmlParserImpl::readReference(UnicodeString& out, ZQName& name, bool expand) {
+  out.remove();
+  name = ZQName();
+  UChar32 c = readChar();
+  if (c != '#') {
+    if (c != kEnd) unreadChar(c);
+    name = readName();
+    if (name.isEmpty()) {
+      if (isHTMLSyntax())
+        out = u"&";
+      else
+        throwError(155, UnicodeString(), UnicodeString());
+      return;
+    }
+    UChar32 d = readChar();
+    if (d != ';') {
+      if (isHTMLSyntax()) {
+        if (d != kEnd) unreadChar(d);
+      } else {
+        UnicodeString text(u"&");
+        text.append(name.toString()).append(charText(d));
+        throwError(156, text, UnicodeString());
+      }
+    }
+    if (isHTMLSyntax()) {
+      // Unknown entities of HTML stay as text.
+      UnicodeString value = lookupEntity(name, false);
+      if (value.isBogus() || value.isEmpty()) {
+        out = u"&";
+        out.append(name.toString());
+        if (d == ';') out.append(u';');
+        name = ZQName();
+        return;
+      }
+    }
+    if (expand)
+      out = lookupEntity(name, false);
+    else
+      out.setToBogus();  // looked up only if getText asks
+    return;
+  }
+
+  UnicodeString raw;
+  UChar32 d = readChar();
+  bool hex = d == 'x' || (d == 'X' && isHTMLSyntax());
+  if (hex) {
+    raw.append(d);
+    d = readChar();
+  }
+  uint32_t value = 0;  // no overflow check: the character test refuses what wrapped
+  int digits = 0;
+  for (int v; (v = digitValue(d, hex)) >= 0; d = readChar()) {
+    value = value * (hex ? 16 : 10) + static_cast<uint32_t>(v);
+    raw.append(d);
+    ++digits;
+  }
+  if (d != kEnd) raw.append(d);
+  if (digits == 0 || d != ';') {
+    if (isHTMLSyntax()) {
+      if (d != kEnd) {
+        unreadChar(d);
+        raw.truncate(raw.length() - 1);
+      }
+      if (digits == 0) {
+        out = u"&#";
+        out.append(raw);
+        return;
+      }
+    } else {
+      throwError(isSpace(d) ? 177 : 178, raw, UnicodeString());
+      return;
+    }
+  }
+  UChar32 ch = static_cast<UChar32>(value);
+  if (!m_features[FEATURE_NO_CHARACTER_CHECK]) {
+    bool valid = m_xml11 ? ZQChar::isValidChar11(ch) : ZQChar::isValidChar(ch);
+    bool htmlSpaceEnd =
+        m_htmlEntitiesAdded == ZQN_html && (d == 9 || d == 10 || d == 12 || d == 13 || d == 32);
+    if (!valid && !htmlSpaceEnd) {
+      // In XML the raw text still holds its ";", so the message ends in two.
+      UnicodeString text(u"&#");
+      text.append(raw).append(u';');
+      throwError(179, text, UnicodeString());
+    }
+  }
+  out.append(ch);
+}
+
+}  // namespace ZQCommonNS
