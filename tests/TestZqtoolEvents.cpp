@@ -319,6 +319,71 @@ TEST(ZqtoolEventsCommand, ReadsStandardInput) {
   EXPECT_EQ(run.out, "END_DOCUMENT 0\n");
 }
 
+TEST(ZqtoolEventsCommand, EmptyElementGivesStartEndAndEndDocument) {
+  const std::string path = scratchFile("empty_element.xml", "<a/>");
+  const ToolRun run = runTool("events '" + path + "'");
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.out, "START_TAG 1 a (empty)\nEND_TAG 1 a\nEND_DOCUMENT 0\n");
+}
+
+TEST(ZqtoolEventsCommand, NamespacesAttributesAndMergedText) {
+  const std::string path = scratchFile(
+      "namespaces.xml", "<r xmlns:p='urn:p'><p:a p:x='1' y='a\nb'>t&amp;u<!--c-->v</p:a></r>");
+  const ToolRun run = runTool("events '" + path + "'");
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.out,
+            "START_TAG 1 r http://www.w3.org/2000/xmlns//p=\"urn:p\"\n"
+            "START_TAG 2 p:a {urn:p} urn:p/x=\"1\" y=\"a b\"\n"
+            "TEXT 2 \"t&uv\"\n"
+            "END_TAG 2 p:a {urn:p}\n"
+            "END_TAG 1 r\n"
+            "END_DOCUMENT 0\n");
+}
+
+TEST(ZqtoolEventsCommand, TokenModeReportsCharacterReferencesAndComments) {
+  const std::string path = scratchFile("tokens.xml", "<r>&#x41;<!--c--></r>");
+  const ToolRun run = runTool("events --token '" + path + "'");
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.out,
+            "START_TAG 1 r\n"
+            "ENTITY_REF 1 #x41 \"A\"\n"
+            "COMMENT 1 \"c\"\n"
+            "END_TAG 1 r\n"
+            "END_DOCUMENT 0\n");
+}
+
+TEST(ZqtoolEventsCommand, FeatureReportPiStopsAtProcessingInstructions) {
+  const std::string path = scratchFile("pi.xml", "<r><?t  d ?></r>");
+  EXPECT_EQ(runTool("events '" + path + "'").out, "START_TAG 1 r\nEND_TAG 1 r\nEND_DOCUMENT 0\n");
+  const ToolRun run = runTool("events --feature FEATURE_REPORT_PI '" + path + "'");
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.out,
+            "START_TAG 1 r\nPROCESSING_INSTRUCTION 1 t \"d\"\nEND_TAG 1 r\nEND_DOCUMENT 0\n");
+}
+
+TEST(ZqtoolEventsCommand, NonFatalErrorIsListedAfterItsEventAndExitIsZero) {
+  const std::string path = scratchFile("nonfatal.xml", "<a/ >");
+  const ToolRun run = runTool("events '" + path + "'");
+  EXPECT_EQ(run.status, 0);
+  const auto got = lines(run.out);
+  ASSERT_EQ(got.size(), 4u) << run.out;
+  EXPECT_EQ(got[0], "START_TAG 1 a (empty)");
+  EXPECT_EQ(got[1].rfind("warning 770 \"Unexpected whitespace after '/'.", 0), 0u) << got[1];
+  EXPECT_EQ(got[2], "END_TAG 1 a");
+  EXPECT_EQ(got[3], "END_DOCUMENT 0");
+}
+
+TEST(ZqtoolEventsCommand, FatalErrorEndsWithCodeMessagePositionAndStatusOne) {
+  const std::string path = scratchFile("fatal.xml", "<a>\n</b>");
+  const ToolRun run = runTool("events --feature FEATURE_NO_POSITION_DESCRIPTION '" + path + "'");
+  EXPECT_EQ(run.status, 1);
+  const auto got = lines(run.out);
+  ASSERT_EQ(got.size(), 3u) << run.out;
+  EXPECT_EQ(got[0], "START_TAG 1 a");
+  EXPECT_EQ(got[1], "TEXT 1 \"\\n\"");
+  EXPECT_EQ(got[2], "error 134 \"End tag 'b' does not match the start tag 'a'.\" line 2 col 4");
+}
+
 #endif  // ZQ_ZQTOOL_PATH
 
 }  // namespace
