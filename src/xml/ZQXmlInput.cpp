@@ -106,14 +106,17 @@ UChar32 ZQXmlParserImpl::readChar() {
   return c;
 }
 
-// The part already read goes first: an insert moves the unread tail anyway, and without this
-// text put back again and again inside long expansions would keep all it ever held.
+// Text put back again and again inside long expansions goes where the part already read
+// was, so the unread tail is neither moved nor kept growing.
 void ZQXmlParserImpl::insertPushedText(const UnicodeString& piece) {
-  if (m_pushedTextPos > 0) {
-    m_pushedText.remove(0, m_pushedTextPos);
+  int length = piece.length();
+  if (m_pushedTextPos >= length) {
+    m_pushedTextPos -= length;
+    m_pushedText.replace(m_pushedTextPos, length, piece);
+  } else {
+    m_pushedText.replace(0, m_pushedTextPos, piece);
     m_pushedTextPos = 0;
   }
-  m_pushedText.insert(0, piece);
 }
 
 void ZQXmlParserImpl::unreadChar(UChar32 c) {
@@ -466,8 +469,7 @@ void ZQXmlParserImpl::pushStream(const UnicodeString& uri, ZQName parseType,
   readTextDeclaration();
 }
 
-// The text declaration of an external input, read with small routines of its own: it comes
-// before any markup, so the scanner has nothing to say yet.
+// The text declaration of an external input.
 void ZQXmlParserImpl::readTextDeclaration() {
   // The end of a short input stops the look-ahead here instead of leading into the outer
   // input, whose state would come back too early.
@@ -491,55 +493,20 @@ void ZQXmlParserImpl::readTextDeclaration() {
     unreadText(head);
     return;
   }
-  auto skipSpace = [this]() {
-    UChar32 c;
-    do {
-      c = readChar();
-    } while (isSpace(c));
-    unreadChar(c);
-  };
-  auto readWord = [this]() {
-    UnicodeString name;
-    UChar32 c = readChar();
-    if (!ZQChar::isNameStartChar(c)) {
-      unreadChar(c);
-      return name;
-    }
-    while (ZQChar::isNameChar(c)) {
-      name.append(c);
-      c = readChar();
-    }
-    if (c != END_OF_INPUT) unreadChar(c);
-    return name;
-  };
-  auto readValue = [this, &skipSpace](const char16_t* label) {
-    skipSpace();
+  auto readValue = [this](const char16_t* label) {
+    skipSpaces();
     if (readChar() != '=') throwError(163, label, UnicodeString());
-    skipSpace();
-    UnicodeString value;
-    UChar32 quote = readChar();
-    if (quote != '"' && quote != '\'') {
-      unreadChar(quote);
-      throwError(174, UnicodeString(), UnicodeString());
-      return value;
-    }
-    for (UChar32 c = readChar(); c != quote; c = readChar()) {
-      if (c == END_OF_INPUT) {
-        throwError(175, charText(quote), UnicodeString());
-        break;
-      }
-      value.append(c);
-    }
-    return value;
+    skipSpaces();
+    return readLiteral(0);
   };
-  skipSpace();
-  UnicodeString name = readWord();
-  if (name == u"version") {
+  skipSpaces();
+  ZQName name = readName();
+  if (name == ZQN_version) {
     readValue(u"<?xml version");
-    skipSpace();
-    name = readWord();
+    skipSpaces();
+    name = readName();
   }
-  if (name == u"encoding") {
+  if (name == ZQN_encoding) {
     UnicodeString value = readValue(u"encoding");
     int oldKind = m_encodingKind;
     UnicodeString oldName = m_encodingName;
@@ -551,14 +518,14 @@ void ZQXmlParserImpl::readTextDeclaration() {
       m_encodingKind = oldKind;
       m_encodingName = oldName;
     }
-    skipSpace();
-    name = readWord();
+    skipSpaces();
+    name = readName();
   }
-  if (name == u"standalone") {
+  if (name == ZQN_standalone) {
     readValue(u"standalone");
-    skipSpace();
+    skipSpaces();
   }
-  skipSpace();
+  skipSpaces();
   UChar32 c = readChar();
   if (c == '?')
     c = readChar();

@@ -262,9 +262,10 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   /// The counting scan of the DOCTYPE's internal subset, or (`external`) of one declaration
   /// of an external DTD, up to the ">" that closes it. False when input ended first.
   bool scanDeclarations(bool external);
-  /// After "%": reads the reference and expands it in place, or opens its external entity.
-  /// `external` is the DTD's own scan, where undefined entities pass; `silent` reports nothing.
-  void expandParameterReference(bool external, bool silent);
+  /// After "%": reads the reference and, when `expand`, expands it in place or opens its
+  /// external entity. `external` is the DTD's own scan, where undefined entities pass;
+  /// `silent` reports nothing. False when the expansion guard refused it.
+  bool expandParameterReference(bool external, bool silent, bool expand);
   /// The entities of the external DTD at the resolved `systemId`, read once per process.
   void loadExternalDtd(const UnicodeString& systemId);
   /// At the first start tag: the entity sets the root decides (the MathML set for a `math`

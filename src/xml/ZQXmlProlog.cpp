@@ -161,9 +161,12 @@ void ZQXmlParserImpl::parseXmlDecl() {
     if (value != u"yes" && value != u"no") throwError(167, none(), none());
     skipDeclarationSpace(false);
   }
+  // "?>" ends it; the first character that doesn't fit is reported.
   UChar32 c = readChar();
-  if (c == u'?') c = readChar();
-  if (c != u'>') throwError(140, charArg(c), none());
+  if (c != u'?')
+    throwError(140, charArg(c), none());
+  else if ((c = readChar()) != u'>')
+    throwError(140, charArg(c), none());
   m_hasXmlDecl = true;
 }
 
@@ -264,6 +267,7 @@ bool ZQXmlParserImpl::scanDeclarations(bool external) {
   enum { PLAIN, COMMENT, PI } state = PLAIN;
   UChar32 quote = 0;
   int depth = 1;
+  bool refused = false;
   auto endsWith = [this](const char16_t* tail) {
     return m_textBuffer.endsWith(UnicodeString(tail));
   };
@@ -304,7 +308,9 @@ bool ZQXmlParserImpl::scanDeclarations(bool external) {
         if (endsWith(u"<")) state = PI;
         break;
       case u'%':
-        expandParameterReference(external, false);
+        // After a refused expansion the references are read and dropped: references that
+        // multiply would otherwise be refused one by one for ever.
+        if (!expandParameterReference(external, refused, !refused)) refused = true;
         continue;
       case u'Y':
         if (!endsWith(u"<!ENTIT")) break;
@@ -331,11 +337,11 @@ bool ZQXmlParserImpl::scanDeclarations(bool external) {
   }
 }
 
-void ZQXmlParserImpl::expandParameterReference(bool external, bool silent) {
+bool ZQXmlParserImpl::expandParameterReference(bool external, bool silent, bool expand) {
   ZQName name = readName();
   if (name.isEmpty()) {
     if (!silent) throwError(155, none(), none());
-    return;
+    return true;
   }
   UChar32 c = readChar();
   if (c != u';') {
@@ -343,22 +349,28 @@ void ZQXmlParserImpl::expandParameterReference(bool external, bool silent) {
     if (!silent)
       throwError(156, UnicodeString(u"%").append(name.toString()).append(charArg(c)), none());
   }
+  if (!expand) return true;
   UnicodeString value = lookupEntity(name, true);
   if (value.isBogus()) {
     if (!external && !silent) throwError(514, name.toString(), none());
-    return;
+    return true;
   }
   bool isExternal = m_entities.parameterEntities.count(name) == 0 &&
                     m_entities.externalParameterEntities.count(name) != 0;
+  // Every expansion passes the guard, so an entity that names itself ends in an error.
   if (!isExternal) {
+    if (value.isEmpty()) return true;
+    if (!guardExpansion(name, value.length())) return false;
     unreadText(value);
-    return;
+    return true;
   }
+  if (!guardExpansion(name, -1)) return false;
   try {
     pushStream(value, ZQName(), none());
   } catch (const ZQError&) {
     if (!m_features[FEATURE_IGNORE_UNDEFINED_ENTITIES]) throw;
   }
+  return true;
 }
 
 // ---- Entity declarations ----
@@ -382,7 +394,6 @@ void ZQXmlParserImpl::parseEntityDecl() {
 
   UnicodeString value;
   bool isExternal = false;
-  bool declared = true;
   UChar32 quote = peekChar();
   if (isQuote(quote)) {
     // The raw text goes to the event text and is then read again as a literal.
@@ -402,30 +413,27 @@ void ZQXmlParserImpl::parseEntityDecl() {
     unreadText(raw);
     value = readLiteral(2);
   } else {
+    // After an unknown keyword the declaration is read on as a system identifier.
     ZQName keyword = readName();
-    if (keyword != ZQN_SYSTEM && keyword != ZQN_PUBLIC) {
-      throwError(151, label, none());
-      declared = false;
-    } else {
-      m_textBuffer.append(keyword.toString());
+    if (keyword != ZQN_SYSTEM && keyword != ZQN_PUBLIC) throwError(151, label, none());
+    m_textBuffer.append(keyword.toString());
+    if (!skipDeclarationSpace(true))
+      throwError(150, UnicodeString(label).append(u' ').append(keyword.toString()), none());
+    if (keyword == ZQN_PUBLIC) {
+      if (!isQuote(peekChar())) throwError(152, UnicodeString(label).append(u" PUBLIC"), none());
+      UnicodeString publicId = readLiteral(2);
+      m_textBuffer.append(quoted(publicId));
       if (!skipDeclarationSpace(true))
-        throwError(150, UnicodeString(label).append(u' ').append(keyword.toString()), none());
-      if (keyword == ZQN_PUBLIC) {
-        if (!isQuote(peekChar())) throwError(152, UnicodeString(label).append(u" PUBLIC"), none());
-        UnicodeString publicId = readLiteral(2);
-        m_textBuffer.append(quoted(publicId));
-        if (!skipDeclarationSpace(true))
-          throwError(150, UnicodeString(label).append(u" PUBLIC").append(quoted(publicId)), none());
-      }
-      if (!isQuote(peekChar()))
-        throwError(153, UnicodeString(label).append(u" SYSTEM|PUBLIC"), none());
-      value = readLiteral(0);
-      m_textBuffer.append(quoted(value));
-      isExternal = true;
+        throwError(150, UnicodeString(label).append(u" PUBLIC").append(quoted(publicId)), none());
     }
+    if (!isQuote(peekChar()))
+      throwError(153, UnicodeString(label).append(u" SYSTEM|PUBLIC"), none());
+    value = readLiteral(0);
+    m_textBuffer.append(quoted(value));
+    isExternal = true;
   }
 
-  if (declared && !name.isEmpty()) {
+  if (!name.isEmpty()) {
     // The first declaration wins, and the predefined entities keep their values.
     ZQXmlEntityMap& internal =
         parameter ? m_entities.parameterEntities : m_entities.generalEntities;
@@ -520,6 +528,7 @@ void ZQXmlParserImpl::parseExternalSubset() {
     m_pendingToken = TOKEN_NONE;
     parsePI();
   }
+  bool refused = false;
   for (;;) {
     m_textBuffer.remove();
     m_textStart = 0;
@@ -528,7 +537,7 @@ void ZQXmlParserImpl::parseExternalSubset() {
         // Text between declarations is passed over a character at a time; only parameter
         // references count there.
         m_pendingToken = TOKEN_NONE;
-        if (readChar() == u'%') expandParameterReference(true, true);
+        if (readChar() == u'%' && !expandParameterReference(true, true, !refused)) refused = true;
         break;
       case TOKEN_PI:
         m_pendingToken = TOKEN_NONE;

@@ -37,6 +37,38 @@ UnicodeString qualifiedName(ZQName prefix, ZQName local) {
   return text.append(local.toString());
 }
 
+// Appends characters to a string in runs: one append per character costs more than all the
+// scanning around it.
+class RunAppender {
+ public:
+  explicit RunAppender(UnicodeString& target) : m_target(target) {}
+  ~RunAppender() { flush(); }
+  RunAppender(const RunAppender&) = delete;
+  RunAppender& operator=(const RunAppender&) = delete;
+  void append(UChar32 c) {
+    if (m_length > kSize - 2) flush();
+    if (c <= 0xFFFF) {
+      m_buffer[m_length++] = static_cast<char16_t>(c);
+    } else if (c <= 0x10FFFF) {
+      m_buffer[m_length++] = U16_LEAD(c);
+      m_buffer[m_length++] = U16_TRAIL(c);
+    }
+  }
+  /// Code units not yet in the target.
+  int pending() const { return m_length; }
+  void flush() {
+    if (m_length == 0) return;
+    m_target.append(m_buffer, 0, m_length);
+    m_length = 0;
+  }
+
+ private:
+  static constexpr int kSize = 256;
+  UnicodeString& m_target;
+  char16_t m_buffer[kSize];
+  int m_length = 0;
+};
+
 bool isAllSpace(const UnicodeString& text, int start) {
   for (int i = start; i < text.length(); ++i)
     if (!isSpace(text.charAt(i))) return false;
@@ -103,10 +135,12 @@ ZQXmlParser::EventType ZQXmlParserImpl::nextToken() {
         parsePI();
         return m_eventType;
       case TOKEN_DECLARATION:
-        // A section dropped in content makes no event of its own: the next token is read.
         m_markupDropped = false;
         parseMarkupDecl();
-        if (m_markupDropped) continue;
+        // A section dropped in content leaves the event as it was. While next() merges text
+        // that is a TEXT adding nothing; any other event would be repeated, so the next
+        // token is read instead.
+        if (m_markupDropped && !(m_eventType == TEXT && m_textStart > 0)) continue;
         return m_eventType;
       default:
         return endOfInput();
@@ -171,10 +205,9 @@ ZQXmlParser::EventType ZQXmlParserImpl::next() {
 }
 
 void ZQXmlParserImpl::expandEntity() {
-  const UnicodeString& name = m_entityName.toString();
   UnicodeString value = lookupEntity(m_entityName, false);
   if (value.isBogus()) {
-    throwError(515, name, UnicodeString());
+    throwError(515, m_entityName.toString(), UnicodeString());
     value = UnicodeString();
   }
   if (m_entities.externalGeneralEntities.count(m_entityName) == 0) {
@@ -184,7 +217,7 @@ void ZQXmlParserImpl::expandEntity() {
   }
   if (m_features[FEATURE_FORBID_EXTERNAL_ENTITIES]) {
     UnicodeString text(u"<!ENTITY ");
-    text.append(name).append(u" ... \"").append(value).append(u"\"");
+    text.append(m_entityName.toString()).append(u" ... \"").append(value).append(u"\"");
     throwError(516, text, UnicodeString());
     return;
   }
@@ -213,7 +246,7 @@ int ZQXmlParserImpl::peekToken() {
     } else {
       if (d != kEnd) unreadChar(d);
       // In HTML a "<" that starts no name is text.
-      if (isHTMLSyntax() && !ZQChar::isNCNameStartChar(d)) {
+      if (!ZQChar::isNCNameStartChar(d) && isHTMLSyntax()) {
         unreadChar('<');
         result = TOKEN_TEXT;
       } else {
@@ -258,10 +291,11 @@ void ZQXmlParserImpl::parseStartTag() {
   m_attributes.clear();
 
   for (;;) {
-    // Without whitespace the loop ends, so that a missing separator is reported below.
-    if (!skipSpaces() && !isHTMLSyntax()) break;
+    bool spaced = skipSpaces();
     UChar32 c = peekChar();
     if (c == '>' || c == '/' || c == kEnd) break;
+    // Without whitespace the loop ends, so that a missing separator is reported below.
+    if (!spaced && !isHTMLSyntax()) break;
     ZQXmlAttribute attribute;
     ZQName name = readName();
     if (name.isEmpty()) {
@@ -419,9 +453,11 @@ void ZQXmlParserImpl::parseEndTag() {
 void ZQXmlParserImpl::parseText() {
   m_eventType = TEXT;
   m_pendingToken = TOKEN_NONE;
+  RunAppender text(m_textBuffer);
   if (m_parserType == ZQN_text) {
     // An input read as text: no markup at all.
-    for (UChar32 c = readChar(); c != kEnd; c = readChar()) m_textBuffer.append(c);
+    for (UChar32 c = readChar(); c != kEnd; c = readChar()) text.append(c);
+    text.flush();
     popStream();
     return;
   }
@@ -434,34 +470,35 @@ void ZQXmlParserImpl::parseText() {
       break;
     }
     if (c == '<') {
-      if (m_textBuffer.length() > m_textStart) {
+      if (m_textBuffer.length() + text.pending() > m_textStart) {
         unreadChar(c);
         break;
       }
       // First of the token: peekToken found it starts no tag.
-      m_textBuffer.append(c);
+      text.append(c);
       continue;
     }
     if (c == ']') {
       UChar32 d = readChar();
       if (d != ']') {
         if (d != kEnd) unreadChar(d);
-        m_textBuffer.append(c);
+        text.append(c);
         continue;
       }
       UChar32 e = readChar();
       if (e == '>') throwError(144, UnicodeString(), UnicodeString());
       if (e != kEnd) unreadChar(e);
       unreadChar(d);
-      m_textBuffer.append(c);
+      text.append(c);
       continue;
     }
     if (getDepth() == 0 && !isSpace(c) && !(isHTMLSyntax() && !m_rootSeen)) {
       throwError(142, codePointText(c), UnicodeString());
       reported = true;
     }
-    m_textBuffer.append(c);
+    text.append(c);
   }
+  text.flush();
   if (getDepth() == m_baseDepth) {
     if (isAllSpace(m_textBuffer, m_textStart)) {
       m_eventType = IGNORABLE_WHITESPACE;
@@ -475,6 +512,7 @@ void ZQXmlParserImpl::parseText() {
 
 void ZQXmlParserImpl::parseCdata() {
   m_eventType = CDSECT;
+  RunAppender text(m_textBuffer);
   int brackets = 0;  // of this section only: the buffer may end in text merged before it
   for (;;) {
     UChar32 c = readChar();
@@ -483,11 +521,12 @@ void ZQXmlParserImpl::parseCdata() {
       return;
     }
     if (c == '>' && brackets >= 2) {
+      text.flush();
       m_textBuffer.truncate(m_textBuffer.length() - 2);
       return;
     }
     brackets = c == ']' ? brackets + 1 : 0;
-    m_textBuffer.append(c);
+    text.append(c);
   }
 }
 

@@ -38,10 +38,16 @@ bool ZQXmlParserImpl::guardExpansion(ZQName entity, int64_t length) {
                      [&active](const ExpansionMark& mark) { return !active(mark); }),
       m_expansionMarks.end());
 
-  // Only what an expansion adds beyond its own reference counts: a value no longer than
-  // "&name;" can't make a document grow, however often it is used.
+  // A reference written in the document counts what its value adds beyond "&name;", so
+  // that short values (the predefined entities, character names) cost nothing however often
+  // they are used. A reference met inside another expansion is amplification by nature and
+  // counts its whole value.
   int64_t growth = 0;
-  if (length >= 0) growth = std::max<int64_t>(0, length - (entity.toString().length() + 2));
+  if (length > 0) {
+    growth = length;
+    if (m_expansionMarks.empty())
+      growth = std::max<int64_t>(0, length - (entity.toString().length() + 2));
+  }
   bool tooDeep = m_expansionDepthLimit > 0 &&
                  m_expansionMarks.size() >= static_cast<size_t>(m_expansionDepthLimit);
   bool tooLong = m_expansionCharLimit > 0 && m_expandedChars + growth > m_expansionCharLimit;

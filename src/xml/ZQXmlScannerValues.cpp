@@ -214,8 +214,15 @@ void ZQXmlParserImpl::readReference(UnicodeString& out, ZQName& name, bool expan
       return;
     }
     UChar32 d = readChar();
+    // Asked once, and only where the answer changes something: a well-formed reference to
+    // an entity with a value reads the same under every syntax.
+    int html = -1;
+    auto htmlSyntax = [this, &html]() {
+      if (html < 0) html = isHTMLSyntax() ? 1 : 0;
+      return html == 1;
+    };
     if (d != ';') {
-      if (isHTMLSyntax()) {
+      if (htmlSyntax()) {
         if (d != kEnd) unreadChar(d);
       } else {
         UnicodeString text(u"&");
@@ -223,21 +230,19 @@ void ZQXmlParserImpl::readReference(UnicodeString& out, ZQName& name, bool expan
         throwError(156, text, UnicodeString());
       }
     }
-    if (isHTMLSyntax()) {
+    UnicodeString value = lookupEntity(name, false);
+    if ((value.isBogus() || value.isEmpty()) && htmlSyntax()) {
       // Unknown entities of HTML stay as text.
-      UnicodeString value = lookupEntity(name, false);
-      if (value.isBogus() || value.isEmpty()) {
-        out = u"&";
-        out.append(name.toString());
-        if (d == ';') out.append(u';');
-        name = ZQName();
-        return;
-      }
+      out = u"&";
+      out.append(name.toString());
+      if (d == ';') out.append(u';');
+      name = ZQName();
+      return;
     }
     if (expand)
-      out = lookupEntity(name, false);
+      out = value;
     else
-      out.setToBogus();  // looked up only if getText asks
+      out.setToBogus();  // looked up again only if getText asks
     return;
   }
 
