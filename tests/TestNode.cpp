@@ -681,6 +681,24 @@ TEST(Node, AppendChildrenMovesARun) {
   for (ZQNode* c : childrenFast(to)) EXPECT_EQ(c->getRefCount(), 1);
 }
 
+TEST(Node, AppendChildrenOfItsOwnChildrenEnds) {
+  ZQPtr<ZQDocument> doc(new ZQDocument());
+  ZQPtr<ZQNode> p = el(doc, "p");
+  for (const char* n : {"a", "b", "c", "d"}) p->appendChild(el(doc, n));
+  ZQNode* b = p->getFirstChildFast()->getNextSiblingFast();
+  // To the end of the run: b, c and d go to the end once each, in their order.
+  p->appendChildren(b, nullptr);
+  EXPECT_EQ(names(childrenFast(p)), "a,b,c,d");
+  p->appendChildren(p->getFirstChildFast(), nullptr);
+  EXPECT_EQ(names(childrenFast(p)), "a,b,c,d");
+  // Up to a stop among them.
+  ZQNode* c = b->getNextSiblingFast();
+  p->appendChildren(p->getFirstChildFast(), c);
+  EXPECT_EQ(names(childrenFast(p)), "c,d,a,b");
+  expectRingIntact(p);
+  for (ZQNode* child : childrenFast(p)) EXPECT_EQ(child->getRefCount(), 1);
+}
+
 TEST(Node, RemoveAllChildNodesReleasesEachChild) {
   ZQPtr<ZQDocument> doc(new ZQDocument());
   ZQPtr<ZQNode> p = el(doc, "p");

@@ -325,6 +325,9 @@ void ZQNode::appendChildren(ZQNode* first, ZQNode* stop) {
   while (node && node != stop) {
     ZQNode* next = node->getNextSibling();
     appendChild(node);
+    // A run of this node's own children comes round to the nodes already moved: without this
+    // stop it would move them for ever.
+    if (next == first) break;
     node = next;
   }
 }
