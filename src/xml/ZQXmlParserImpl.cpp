@@ -254,6 +254,7 @@ void ZQXmlParserImpl::resetParser() {
   m_entities.mathmlEntitiesAdded = false;
 
   m_attributes.clear();
+  m_defaultNamespaces.clear();
   if (!m_namespaces) m_namespaces = new ZQNamespaceManager();
   m_namespaces->popToBase();
   m_doctypeName = ZQName();

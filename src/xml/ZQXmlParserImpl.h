@@ -190,8 +190,36 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   /// Text of the current event as the scanner left it in the buffer.
   UnicodeString eventText() const;
   /// The next code point of the input, line ends normalised and checked; END_OF_INPUT at
-  /// the end.
-  UChar32 readChar();
+  /// the end. Inline for the common case: a plain ASCII byte straight from the stream
+  /// buffer, where decoding, line-end folding and the character test change nothing.
+  UChar32 readChar() {
+    if (m_pushedChar != END_OF_INPUT) {
+      UChar32 c = m_pushedChar;
+      m_pushedChar = END_OF_INPUT;
+      return c;
+    }
+    if (m_pendingDecoded == END_OF_INPUT && m_pushedText.isEmpty() && m_stream &&
+        (m_encodingKind <= ENCODING_UTF8 || m_encodingKind >= ENCODING_ASCII) &&
+        m_stream->rdstate() == std::ios::goodbit) {
+      std::streambuf* buf = m_stream->rdbuf();
+      int b = buf->sgetc();
+      if (b >= 0x20 && b < 0x7F) {
+        buf->sbumpc();
+        ++m_columnNumber;
+        return b;
+      }
+      if (b == 10) {
+        buf->sbumpc();
+        ++m_lineNumber;
+        m_columnNumber = 0;
+        return b;
+      }
+    }
+    return readCharSlow();
+  }
+  /// readChar for everything but the plain case: pushback text, other encodings, line ends,
+  /// the character test and the end of an input.
+  UChar32 readCharSlow();
   /// Puts one code point back; the slot takes the first, pushedText any further one.
   void unreadChar(UChar32 c);
   /// Puts a string back ahead of everything still unread.
@@ -233,6 +261,11 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   void parseMarkupDecl();
   /// An interned NCName, or 0 when none starts here.
   ZQName readName();
+  /// The name for `length` code units of text, through the per-parser cache of names.
+  ZQName internName(const char16_t* text, int length);
+  /// lookup(prefix) at a start tag whose context was just pushed; the default namespace is
+  /// taken from the parent's remembered one instead of a walk up the whole stack.
+  ZQName lookupAtStartTag(ZQName prefix);
   /// A name with an optional prefix; false when no (local) name could be read.
   bool readQName(ZQName& prefix, ZQName& local);
   /// Value of a literal; `mode` 0..4 decides quoting and references.
@@ -342,6 +375,24 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   UnicodeString m_cachedText;  ///< bogus until getText builds it
   ZQPtr<ZQNamespaceManager> m_namespaces;
   std::vector<ZQXmlAttribute> m_attributes;
+  /// Per depth, the default namespace in force inside the element, once its start tag set
+  /// it up; `valid` is false while the tag is still being read (or was left by an error).
+  struct DefaultNamespace {
+    ZQName ns;
+    bool valid = false;
+  };
+  std::vector<DefaultNamespace> m_defaultNamespaces;
+  /// Text of recent names to their interned name: the shared table takes a lock and hashes
+  /// the whole string on every look-up. Names stay valid while the namespace manager holds
+  /// the table.
+  static constexpr int kNameCacheSlots = 512;
+  static constexpr int kNameCacheKeyMax = 32;
+  struct NameCacheSlot {
+    char16_t text[kNameCacheKeyMax];
+    int length = -1;
+    ZQName name;
+  };
+  std::unique_ptr<NameCacheSlot[]> m_nameCache;
   ZQName m_entityName;  ///< 0 at a character reference
   ZQName m_target;
   bool m_markupDropped = false;  ///< parseMarkupDecl dropped a section and made no event

@@ -289,6 +289,9 @@ void ZQXmlParserImpl::parseStartTag() {
 
   m_namespaces->pushContext();
   m_attributes.clear();
+  const size_t depth = static_cast<size_t>(getDepth());
+  if (m_defaultNamespaces.size() < depth) m_defaultNamespaces.resize(depth);
+  m_defaultNamespaces[depth - 1].valid = false;
 
   for (;;) {
     bool spaced = skipSpaces();
@@ -363,7 +366,7 @@ void ZQXmlParserImpl::parseStartTag() {
       addXhtmlEntities();
     }
   }
-  ZQName ns = m_namespaces->lookup(prefix);
+  ZQName ns = lookupAtStartTag(prefix);
   if (ns.isEmpty() && !prefix.isEmpty() && !isHTMLSyntax())
     throwError(135, prefix.toString(), UnicodeString());
 
@@ -371,6 +374,10 @@ void ZQXmlParserImpl::parseStartTag() {
   top.namespaceUri = ns;
   top.prefix = prefix;
   top.localName = local;
+  // What lookup of the empty prefix now gives inside this element, for its children.
+  DefaultNamespace& inside = m_defaultNamespaces[depth - 1];
+  inside.ns = prefix.isEmpty() ? ns : lookupAtStartTag(ZQName());
+  inside.valid = true;
 
   if (m_rootSeen) {
     if (getDepth() >= 2 && local == ZQN_math && ns == ZQN_NS_MATHML) enterMathScope();
@@ -401,6 +408,20 @@ void ZQXmlParserImpl::parseStartTag() {
       }
     }
   }
+}
+
+ZQName ZQXmlParserImpl::lookupAtStartTag(ZQName prefix) {
+  const size_t depth = static_cast<size_t>(getDepth());
+  // Only the context of this tag can have changed since the parent's start tag; the parent's
+  // answer stands for everything above it.
+  if (!prefix.isEmpty() || depth < 2 || depth > m_defaultNamespaces.size() ||
+      !m_defaultNamespaces[depth - 2].valid)
+    return m_namespaces->lookup(prefix);
+  const ZQNamespaceManager::Entry& top = m_namespaces->top();
+  if (top.prefix.isEmpty() && !top.namespaceUri.isEmpty()) return top.namespaceUri;
+  ZQName ns;
+  if (top.map && top.map->find(ZQName(), ns)) return ns;
+  return m_defaultNamespaces[depth - 2].ns;
 }
 
 // After "/" of an empty-element tag: on to ">", reporting only the first stray character
@@ -655,6 +676,8 @@ void ZQXmlParserImpl::parseMarkupDecl() {
   if (c != kEnd) unreadChar(c);
   ZQName name = readName();
   if (name == ZQN_DOCTYPE) {
+    // A DOCTYPE may declare namespaces in the open context.
+    m_defaultNamespaces.clear();
     parseDocDecl();
     return;
   }
@@ -673,6 +696,7 @@ void ZQXmlParserImpl::parseMarkupDecl() {
       lower.toLower(icu::Locale::getRoot());
       if (lower == u"html") {
         unreadText(ahead);
+        m_defaultNamespaces.clear();
         parseDocDecl();
         return;
       }

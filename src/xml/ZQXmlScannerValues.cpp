@@ -47,13 +47,44 @@ ZQName ZQXmlParserImpl::readName() {
     if (c != kEnd) unreadChar(c);
     return ZQName();
   }
-  UnicodeString text;
+  char16_t buffer[kNameCacheKeyMax];
+  int length = 0;
+  UnicodeString longText;  // only for names too long for the cache
   do {
-    text.append(c);
+    if (length >= 0 && length + 2 <= kNameCacheKeyMax) {
+      if (c <= 0xFFFF) {
+        buffer[length++] = static_cast<char16_t>(c);
+      } else {
+        buffer[length++] = U16_LEAD(c);
+        buffer[length++] = U16_TRAIL(c);
+      }
+    } else {
+      if (length >= 0) {
+        longText.setTo(buffer, length);
+        length = -1;
+      }
+      longText.append(c);
+    }
     c = readChar();
   } while (ZQChar::isNCNameChar(c));
   if (c != kEnd) unreadChar(c);
-  return ZQName(ZQNameTable::getSharedNameEnum(text));
+  if (length < 0) return ZQName(ZQNameTable::getSharedNameEnum(longText));
+  return internName(buffer, length);
+}
+
+ZQName ZQXmlParserImpl::internName(const char16_t* text, int length) {
+  uint32_t hash = 2166136261u;
+  for (int i = 0; i < length; ++i) hash = (hash ^ text[i]) * 16777619u;
+  if (!m_nameCache) m_nameCache.reset(new NameCacheSlot[kNameCacheSlots]);
+  NameCacheSlot& slot = m_nameCache[(hash ^ (hash >> 16)) & (kNameCacheSlots - 1)];
+  if (slot.length == length &&
+      std::char_traits<char16_t>::compare(slot.text, text, static_cast<size_t>(length)) == 0)
+    return slot.name;
+  ZQName name(ZQNameTable::getSharedNameEnum(UnicodeString(text, length)));
+  std::char_traits<char16_t>::copy(slot.text, text, static_cast<size_t>(length));
+  slot.length = length;
+  slot.name = name;
+  return name;
 }
 
 bool ZQXmlParserImpl::readQName(ZQName& prefix, ZQName& local) {
