@@ -148,11 +148,7 @@ void ZQXmlParserImpl::insertPushedText(const UnicodeString& piece) {
   }
 }
 
-void ZQXmlParserImpl::unreadChar(UChar32 c) {
-  if (m_pushedChar == END_OF_INPUT) {
-    m_pushedChar = c;
-    return;
-  }
+void ZQXmlParserImpl::unreadSecondChar(UChar32 c) {
   // A second character back: it and the one waiting in the slot go ahead of pushedText.
   UnicodeString piece = charText(c).append(m_pushedChar);
   m_pushedChar = END_OF_INPUT;

@@ -221,7 +221,14 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   /// the character test and the end of an input.
   UChar32 readCharSlow();
   /// Puts one code point back; the slot takes the first, pushedText any further one.
-  void unreadChar(UChar32 c);
+  void unreadChar(UChar32 c) {
+    if (m_pushedChar == END_OF_INPUT)
+      m_pushedChar = c;
+    else
+      unreadSecondChar(c);
+  }
+  /// unreadChar with the slot taken: both go ahead of pushedText.
+  void unreadSecondChar(UChar32 c);
   /// Puts a string back ahead of everything still unread.
   void unreadText(const UnicodeString& s);
   /// Puts `piece` ahead of the unread part of a non-empty pushedText.
@@ -270,6 +277,8 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   bool readQName(ZQName& prefix, ZQName& local);
   /// Value of a literal; `mode` 0..4 decides quoting and references.
   UnicodeString readLiteral(int mode);
+  /// The same into `value`, whose buffer is reused.
+  void readLiteral(int mode, UnicodeString& value);
   /// Reads a reference after "&": a character into `out`, or an entity's name into `name`.
   void readReference(UnicodeString& out, ZQName& name, bool expand);
   /// End of input reached by nextToken: HTML closes an open element, XML reports one and
@@ -375,6 +384,9 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   UnicodeString m_cachedText;  ///< bogus until getText builds it
   ZQPtr<ZQNamespaceManager> m_namespaces;
   std::vector<ZQXmlAttribute> m_attributes;
+  /// Value strings of earlier tags' attributes, kept with their buffers so that reading
+  /// attribute values allocates nothing once the parser has warmed up.
+  std::vector<UnicodeString> m_spareValues;
   /// Per depth, the default namespace in force inside the element, once its start tag set
   /// it up; `valid` is false while the tag is still being read (or was left by an error).
   struct DefaultNamespace {

@@ -288,6 +288,7 @@ void ZQXmlParserImpl::parseStartTag() {
   m_topLevelSeen = true;
 
   m_namespaces->pushContext();
+  for (ZQXmlAttribute& old : m_attributes) m_spareValues.push_back(std::move(old.value));
   m_attributes.clear();
   const size_t depth = static_cast<size_t>(getDepth());
   if (m_defaultNamespaces.size() < depth) m_defaultNamespaces.resize(depth);
@@ -300,6 +301,11 @@ void ZQXmlParserImpl::parseStartTag() {
     // Without whitespace the loop ends, so that a missing separator is reported below.
     if (!spaced && !isHTMLSyntax()) break;
     ZQXmlAttribute attribute;
+    if (!m_spareValues.empty()) {
+      attribute.value = std::move(m_spareValues.back());
+      m_spareValues.pop_back();
+      attribute.value.remove();
+    }
     ZQName name = readName();
     if (name.isEmpty()) {
       UnicodeString bad = readLiteral(4);
@@ -320,14 +326,14 @@ void ZQXmlParserImpl::parseStartTag() {
     c = readChar();
     if (c == '=') {
       skipSpaces();
-      attribute.value = readLiteral(1);
+      readLiteral(1, attribute.value);
     } else {
       if (c != kEnd) unreadChar(c);
       // HTML takes an attribute without "=" as empty.
       if (!isHTMLSyntax()) {
         throwError(138, UnicodeString(), UnicodeString());
         skipSpaces();
-        attribute.value = readLiteral(1);
+        readLiteral(1, attribute.value);
       }
     }
     if (attribute.prefix == ZQN_xmlns) {

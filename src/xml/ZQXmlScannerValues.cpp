@@ -106,6 +106,13 @@ bool ZQXmlParserImpl::readQName(ZQName& prefix, ZQName& local) {
 }
 
 UnicodeString ZQXmlParserImpl::readLiteral(int mode) {
+  UnicodeString value;
+  readLiteral(mode, value);
+  return value;
+}
+
+void ZQXmlParserImpl::readLiteral(int mode, UnicodeString& value) {
+  value.remove();
   UChar32 quote = readChar();
   bool quoted = quote == '"' || quote == '\'';
   if (!quoted) {
@@ -117,7 +124,14 @@ UnicodeString ZQXmlParserImpl::readLiteral(int mode) {
   int line = m_lineNumber;
   int column = m_columnNumber;
 
+  // Read straight into the value; only a literal that needs the second pass is copied.
   UnicodeString raw;
+  char16_t run[128];
+  int runLength = 0;
+  auto flush = [&]() {
+    if (runLength > 0) value.append(run, 0, runLength);
+    runLength = 0;
+  };
   bool endedByEnd = false;
   bool plain = true;  // nothing that the normalisation pass would change or report
   for (;;) {
@@ -145,13 +159,19 @@ UnicodeString ZQXmlParserImpl::readLiteral(int mode) {
       }
     }
     if (c == '&' || c == '<' || c == 9 || c == 10 || c == 13) plain = false;
-    raw.append(c);
+    if (runLength > 126) flush();
+    if (c <= 0xFFFF) {
+      run[runLength++] = static_cast<char16_t>(c);
+    } else if (c <= 0x10FFFF) {
+      run[runLength++] = U16_LEAD(c);
+      run[runLength++] = U16_TRAIL(c);
+    }
   }
+  flush();
 
-  UnicodeString value;
-  if (plain) {
-    value = raw;
-  } else {
+  if (!plain) {
+    raw = value;
+    value.remove();
     // The literal is read again as an input of its own from where it started, so that its
     // errors carry the position inside it, and its references expand in place.
     UChar32 pendingDecoded = m_pendingDecoded;
@@ -202,7 +222,6 @@ UnicodeString ZQXmlParserImpl::readLiteral(int mode) {
     value.insert(0, quote);
     if (!endedByEnd) value.append(quote);
   }
-  return value;
 }
 
 void ZQXmlParserImpl::pushInputState() {
