@@ -489,6 +489,8 @@ void ZQXmlParserImpl::parseText() {
     return;
   }
   bool reported = false;
+  // The depth stays put while text is read; asked once, not per character.
+  const bool topLevel = getDepth() == 0;
   for (;;) {
     UChar32 c = readChar();
     if (c == kEnd) break;
@@ -519,7 +521,7 @@ void ZQXmlParserImpl::parseText() {
       text.append(c);
       continue;
     }
-    if (getDepth() == 0 && !isSpace(c) && !(isHTMLSyntax() && !m_rootSeen)) {
+    if (topLevel && !isSpace(c) && !(isHTMLSyntax() && !m_rootSeen)) {
       throwError(142, codePointText(c), UnicodeString());
       reported = true;
     }
