@@ -423,6 +423,7 @@ void ZQXmlParserImpl::setInput(ZQUri& uri, const UnicodeString& encoding,
   if (!encoding.isEmpty()) setEncoding(encoding);
   if (m_streamMediaType.isEmpty()) m_streamMediaType = UnicodeString(info.contentType).toLower();
   m_streamExtension = uri.getExtension().toLower();
+  syntaxInputsChanged();
   if (!info.contentLanguage.isEmpty()) m_language = info.contentLanguage;
 }
 

@@ -429,6 +429,35 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   UnicodeString m_streamExtension;  ///< lower case, dot included
   UnicodeString m_metaMediaType;
 
+  // ---- Cache of an open syntax question ----
+  /// What an unsettled answer of isHTMLSyntax or isXHTMLSyntax depends on. The strings of
+  /// the decision are covered by `serial`, which every writer of them moves on.
+  struct SyntaxInputs {
+    uint32_t serial = 0;
+    ZQName parserType;
+    ZQName defaultType;
+    ZQName rootName;
+    ZQName rootNamespace;
+    bool hasXmlDecl = false;
+    int publicIdLength = 0;
+    bool operator==(const SyntaxInputs&) const = default;
+  };
+  SyntaxInputs syntaxInputs() const {
+    return SyntaxInputs{m_syntaxSerial,  m_parserType, m_defaultType,      m_rootName,
+                        m_rootNamespace, m_hasXmlDecl, m_publicId.length()};
+  }
+  /// Marks the inputs of the syntax decision as changed.
+  void syntaxInputsChanged() { ++m_syntaxSerial; }
+  /// The decisions themselves, asked when no cached "no" answers.
+  bool decideHTMLSyntax();
+  bool decideXHTMLSyntax();
+  uint32_t m_syntaxSerial = 0;
+  /// Inputs under which the unsettled answer was "no"; the answer stands while they do.
+  SyntaxInputs m_notHtmlInputs;
+  SyntaxInputs m_notXhtmlInputs;
+  bool m_notHtmlCached = false;
+  bool m_notXhtmlCached = false;
+
   // ---- Settings and what the fetch or the document told ----
   bool m_features[FEATURE_COUNT] = {};
   bool m_autoClose = true;

@@ -610,6 +610,7 @@ void ZQXmlParserImpl::parsePI() {
   ZQName name = readName();
   if (name == ZQN_xml) {
     parseXmlDecl();
+    syntaxInputsChanged();
     return;
   }
   m_eventType = PROCESSING_INSTRUCTION;
@@ -687,6 +688,7 @@ void ZQXmlParserImpl::parseMarkupDecl() {
     // A DOCTYPE may declare namespaces in the open context.
     m_defaultNamespaces.clear();
     parseDocDecl();
+    syntaxInputsChanged();
     return;
   }
   UnicodeString upper(name.toString());
@@ -706,6 +708,7 @@ void ZQXmlParserImpl::parseMarkupDecl() {
         unreadText(ahead);
         m_defaultNamespaces.clear();
         parseDocDecl();
+        syntaxInputsChanged();
         return;
       }
     }
