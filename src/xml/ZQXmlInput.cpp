@@ -41,6 +41,23 @@ UnicodeString charText(UChar32 c) { return UnicodeString().append(c); }
 
 bool isSpace(UChar32 c) { return c == 0x20 || c == 9 || c == 10 || c == 13; }
 
+// One byte as std::istream::get gives it, with the same end-of-file and failure bits, but
+// straight from the stream buffer while the stream is good: the sentry of get() costs more
+// than the byte.
+int getByte(std::istream& in) {
+  if (in.rdstate() != std::ios::goodbit || in.tie()) return in.get();
+  int b;
+  try {
+    b = in.rdbuf()->sbumpc();
+  } catch (...) {
+    if (in.exceptions() & std::ios::badbit) throw;
+    in.setstate(std::ios::badbit);
+    return kEof;
+  }
+  if (b == kEof) in.setstate(std::ios::eofbit | std::ios::failbit);
+  return b;
+}
+
 }  // namespace
 
 int ZQXmlParserImpl::encodingKindOf(const UnicodeString& name) {
@@ -53,7 +70,7 @@ int ZQXmlParserImpl::encodingKindOf(const UnicodeString& name) {
 
 // ---- Reading characters ----
 
-UChar32 ZQXmlParserImpl::readChar() {
+UChar32 ZQXmlParserImpl::readCharSlow() {
   if (m_pushedChar != END_OF_INPUT) {
     UChar32 c = m_pushedChar;
     m_pushedChar = END_OF_INPUT;
@@ -131,11 +148,7 @@ void ZQXmlParserImpl::insertPushedText(const UnicodeString& piece) {
   }
 }
 
-void ZQXmlParserImpl::unreadChar(UChar32 c) {
-  if (m_pushedChar == END_OF_INPUT) {
-    m_pushedChar = c;
-    return;
-  }
+void ZQXmlParserImpl::unreadSecondChar(UChar32 c) {
   // A second character back: it and the one waiting in the slot go ahead of pushedText.
   UnicodeString piece = charText(c).append(m_pushedChar);
   m_pushedChar = END_OF_INPUT;
@@ -169,14 +182,14 @@ UChar32 ZQXmlParserImpl::decodeChar() {
     return c;
   }
   std::istream& in = *m_stream;
-  int b0 = in.get();
+  int b0 = getByte(in);
   // A stream that fails without reaching its end ends this input all the same.
   if (b0 != kEof && !in.eof()) {
     switch (m_encodingKind) {
       case ENCODING_UTF8: {
         if (b0 < 0x80) return b0;
         auto continuation = [&in](int& b) {
-          b = in.get();
+          b = getByte(in);
           return b != kEof && (b & 0xC0) == 0x80;
         };
         int b1, b2, b3;
@@ -192,7 +205,7 @@ UChar32 ZQXmlParserImpl::decodeChar() {
       case ENCODING_UTF16BE: {
         bool little = m_encodingKind == ENCODING_UTF16LE;
         auto unit = [&in, little](int first, UChar32& out) {
-          int second = in.get();
+          int second = getByte(in);
           if (in.fail()) return false;
           out = little ? (second << 8) | first : (first << 8) | second;
           return true;
@@ -200,16 +213,16 @@ UChar32 ZQXmlParserImpl::decodeChar() {
         UChar32 high;
         if (!unit(b0, high)) return 0xFFFD;
         if (!U16_IS_LEAD(high)) return high;
-        int first = in.get();
+        int first = getByte(in);
         UChar32 low;
         if (in.fail() || !unit(first, low) || !U16_IS_TRAIL(low)) return 0xFFFD;
         return U16_GET_SUPPLEMENTARY(high, low);
       }
       case ENCODING_UTF32LE:
       case ENCODING_UTF32BE: {
-        int b1 = in.get();
-        int b2 = in.get();
-        int b3 = in.get();
+        int b1 = getByte(in);
+        int b2 = getByte(in);
+        int b3 = getByte(in);
         if (in.fail()) return 0xFFFD;
         // No range check: a value past U+10FFFF fails the character test of readChar.
         uint32_t value = m_encodingKind == ENCODING_UTF32LE
@@ -410,6 +423,7 @@ void ZQXmlParserImpl::setInput(ZQUri& uri, const UnicodeString& encoding,
   if (!encoding.isEmpty()) setEncoding(encoding);
   if (m_streamMediaType.isEmpty()) m_streamMediaType = UnicodeString(info.contentType).toLower();
   m_streamExtension = uri.getExtension().toLower();
+  syntaxInputsChanged();
   if (!info.contentLanguage.isEmpty()) m_language = info.contentLanguage;
 }
 

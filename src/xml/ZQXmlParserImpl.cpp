@@ -255,6 +255,7 @@ void ZQXmlParserImpl::resetParser() {
   m_entities.mathmlEntitiesAdded = false;
 
   m_attributes.clear();
+  m_defaultNamespaces.clear();
   if (!m_namespaces) m_namespaces = new ZQNamespaceManager();
   m_namespaces->popToBase();
   m_doctypeName = ZQName();
@@ -262,6 +263,7 @@ void ZQXmlParserImpl::resetParser() {
   m_htmlEntitiesAdded = ZQName();
   m_xhtmlEntitiesAdded = false;
   m_metaMediaType.remove();
+  syntaxInputsChanged();
 }
 
 void ZQXmlParserImpl::popStream() {
@@ -278,6 +280,7 @@ void ZQXmlParserImpl::popStream() {
   m_encodingName = state.encodingName;
   m_parserType = state.parserType;
   m_settledType = state.settledType;
+  syntaxInputsChanged();
   m_inputUri = state.inputUri;
   m_baseUri = state.baseUri;
   m_baseDepth = state.baseDepth;
@@ -365,6 +368,7 @@ void ZQXmlParserImpl::setStreamType(const ZQUri::ContentInfo* info,
     m_language = info->contentLanguage;
   }
   m_streamExtension = lowerCase(extension);
+  syntaxInputsChanged();
 }
 
 void ZQXmlParserImpl::setCallbackError(ErrorCallback fn, void* data) {
@@ -595,9 +599,20 @@ void ZQXmlParserImpl::setAutoClose(bool autoClose) { m_autoClose = autoClose; }
 
 bool ZQXmlParserImpl::isXML() { return !isHTMLSyntax(); }
 
+// The open decision costs hundreds of instructions and the scanner asks often, so a "no"
+// given without settling the type is kept until one of its inputs changes.
 bool ZQXmlParserImpl::isXHTMLSyntax() {
   if (m_settledType == ZQN_html) return false;
   if (m_settledType == ZQN_xhtml) return true;
+  SyntaxInputs inputs = syntaxInputs();
+  if (m_notXhtmlCached && m_notXhtmlInputs == inputs) return false;
+  bool answer = decideXHTMLSyntax();
+  m_notXhtmlCached = !answer && m_settledType.isEmpty();
+  if (m_notXhtmlCached) m_notXhtmlInputs = inputs;
+  return answer;
+}
+
+bool ZQXmlParserImpl::decideXHTMLSyntax() {
   if (!m_parserType.isEmpty() && m_parserType != ZQN_auto) {
     if (m_parserType != ZQN_xhtml) return false;
     settleType(ZQN_xhtml);
@@ -639,6 +654,15 @@ bool ZQXmlParserImpl::isXHTMLSyntax() {
 bool ZQXmlParserImpl::isHTMLSyntax() {
   if (m_settledType == ZQN_html) return true;
   if (m_settledType == ZQN_xhtml) return false;
+  SyntaxInputs inputs = syntaxInputs();
+  if (m_notHtmlCached && m_notHtmlInputs == inputs) return false;
+  bool answer = decideHTMLSyntax();
+  m_notHtmlCached = !answer && m_settledType.isEmpty();
+  if (m_notHtmlCached) m_notHtmlInputs = inputs;
+  return answer;
+}
+
+bool ZQXmlParserImpl::decideHTMLSyntax() {
   if (!m_parserType.isEmpty() && m_parserType != ZQN_auto) {
     if (m_parserType != ZQN_html) return false;
     settleType(ZQN_html);
@@ -674,6 +698,7 @@ void ZQXmlParserImpl::setParserType(ZQName type, ZQName defaultType) {
   m_parserType = type;
   m_defaultType = defaultType;
   m_settledType = ZQName();
+  syntaxInputsChanged();
 }
 
 void ZQXmlParserImpl::setHtmlDefaultCharset(const UnicodeString& charset) {

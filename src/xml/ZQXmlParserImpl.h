@@ -190,10 +190,45 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   /// Text of the current event as the scanner left it in the buffer.
   UnicodeString eventText() const;
   /// The next code point of the input, line ends normalised and checked; END_OF_INPUT at
-  /// the end.
-  UChar32 readChar();
+  /// the end. Inline for the common case: a plain ASCII byte straight from the stream
+  /// buffer, where decoding, line-end folding and the character test change nothing.
+  UChar32 readChar() {
+    if (m_pushedChar != END_OF_INPUT) {
+      UChar32 c = m_pushedChar;
+      m_pushedChar = END_OF_INPUT;
+      return c;
+    }
+    if (m_pendingDecoded == END_OF_INPUT && m_pushedText.isEmpty() && m_stream &&
+        (m_encodingKind <= ENCODING_UTF8 || m_encodingKind >= ENCODING_ASCII) &&
+        m_stream->rdstate() == std::ios::goodbit) {
+      std::streambuf* buf = m_stream->rdbuf();
+      int b = buf->sgetc();
+      if (b >= 0x20 && b < 0x7F) {
+        buf->sbumpc();
+        ++m_columnNumber;
+        return b;
+      }
+      if (b == 10) {
+        buf->sbumpc();
+        ++m_lineNumber;
+        m_columnNumber = 0;
+        return b;
+      }
+    }
+    return readCharSlow();
+  }
+  /// readChar for everything but the plain case: pushback text, other encodings, line ends,
+  /// the character test and the end of an input.
+  UChar32 readCharSlow();
   /// Puts one code point back; the slot takes the first, pushedText any further one.
-  void unreadChar(UChar32 c);
+  void unreadChar(UChar32 c) {
+    if (m_pushedChar == END_OF_INPUT)
+      m_pushedChar = c;
+    else
+      unreadSecondChar(c);
+  }
+  /// unreadChar with the slot taken: both go ahead of pushedText.
+  void unreadSecondChar(UChar32 c);
   /// Puts a string back ahead of everything still unread.
   void unreadText(const UnicodeString& s);
   /// Puts `piece` ahead of the unread part of a non-empty pushedText.
@@ -233,10 +268,17 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   void parseMarkupDecl();
   /// An interned NCName, or 0 when none starts here.
   ZQName readName();
+  /// The name for `length` code units of text, through the per-parser cache of names.
+  ZQName internName(const char16_t* text, int length);
+  /// lookup(prefix) at a start tag whose context was just pushed; the default namespace is
+  /// taken from the parent's remembered one instead of a walk up the whole stack.
+  ZQName lookupAtStartTag(ZQName prefix);
   /// A name with an optional prefix; false when no (local) name could be read.
   bool readQName(ZQName& prefix, ZQName& local);
   /// Value of a literal; `mode` 0..4 decides quoting and references.
   UnicodeString readLiteral(int mode);
+  /// The same into `value`, whose buffer is reused.
+  void readLiteral(int mode, UnicodeString& value);
   /// Reads a reference after "&": a character into `out`, or an entity's name into `name`.
   void readReference(UnicodeString& out, ZQName& name, bool expand);
   /// End of input reached by nextToken: HTML closes an open element, XML reports one and
@@ -343,6 +385,27 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   UnicodeString m_cachedText;  ///< bogus until getText builds it
   ZQPtr<ZQNamespaceManager> m_namespaces;
   std::vector<ZQXmlAttribute> m_attributes;
+  /// Value strings of earlier tags' attributes, kept with their buffers so that reading
+  /// attribute values allocates nothing once the parser has warmed up.
+  std::vector<UnicodeString> m_spareValues;
+  /// Per depth, the default namespace in force inside the element, once its start tag set
+  /// it up; `valid` is false while the tag is still being read (or was left by an error).
+  struct DefaultNamespace {
+    ZQName ns;
+    bool valid = false;
+  };
+  std::vector<DefaultNamespace> m_defaultNamespaces;
+  /// Text of recent names to their interned name: the shared table takes a lock and hashes
+  /// the whole string on every look-up. Names stay valid while the namespace manager holds
+  /// the table.
+  static constexpr int kNameCacheSlots = 512;
+  static constexpr int kNameCacheKeyMax = 32;
+  struct NameCacheSlot {
+    char16_t text[kNameCacheKeyMax];
+    int length = -1;
+    ZQName name;
+  };
+  std::unique_ptr<NameCacheSlot[]> m_nameCache;
   ZQName m_entityName;  ///< 0 at a character reference
   ZQName m_target;
   bool m_markupDropped = false;  ///< parseMarkupDecl dropped a section and made no event
@@ -366,6 +429,35 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   UnicodeString m_streamMediaType;  ///< lower case
   UnicodeString m_streamExtension;  ///< lower case, dot included
   UnicodeString m_metaMediaType;
+
+  // ---- Cache of an open syntax question ----
+  /// What an unsettled answer of isHTMLSyntax or isXHTMLSyntax depends on. The strings of
+  /// the decision are covered by `serial`, which every writer of them moves on.
+  struct SyntaxInputs {
+    uint32_t serial = 0;
+    ZQName parserType;
+    ZQName defaultType;
+    ZQName rootName;
+    ZQName rootNamespace;
+    bool hasXmlDecl = false;
+    int publicIdLength = 0;
+    bool operator==(const SyntaxInputs&) const = default;
+  };
+  SyntaxInputs syntaxInputs() const {
+    return SyntaxInputs{m_syntaxSerial,  m_parserType, m_defaultType,      m_rootName,
+                        m_rootNamespace, m_hasXmlDecl, m_publicId.length()};
+  }
+  /// Marks the inputs of the syntax decision as changed.
+  void syntaxInputsChanged() { ++m_syntaxSerial; }
+  /// The decisions themselves, asked when no cached "no" answers.
+  bool decideHTMLSyntax();
+  bool decideXHTMLSyntax();
+  uint32_t m_syntaxSerial = 0;
+  /// Inputs under which the unsettled answer was "no"; the answer stands while they do.
+  SyntaxInputs m_notHtmlInputs;
+  SyntaxInputs m_notXhtmlInputs;
+  bool m_notHtmlCached = false;
+  bool m_notXhtmlCached = false;
 
   // ---- Settings and what the fetch or the document told ----
   bool m_features[FEATURE_COUNT] = {};

@@ -291,7 +291,11 @@ void ZQXmlParserImpl::parseStartTag() {
   m_topLevelSeen = true;
 
   m_namespaces->pushContext();
+  for (ZQXmlAttribute& old : m_attributes) m_spareValues.push_back(std::move(old.value));
   m_attributes.clear();
+  const size_t depth = static_cast<size_t>(getDepth());
+  if (m_defaultNamespaces.size() < depth) m_defaultNamespaces.resize(depth);
+  m_defaultNamespaces[depth - 1].valid = false;
 
   for (;;) {
     bool spaced = skipSpaces();
@@ -300,6 +304,11 @@ void ZQXmlParserImpl::parseStartTag() {
     // Without whitespace the loop ends, so that a missing separator is reported below.
     if (!spaced && !isHTMLSyntax()) break;
     ZQXmlAttribute attribute;
+    if (!m_spareValues.empty()) {
+      attribute.value = std::move(m_spareValues.back());
+      m_spareValues.pop_back();
+      attribute.value.remove();
+    }
     ZQName name = readName();
     if (name.isEmpty()) {
       UnicodeString bad = readLiteral(4);
@@ -320,14 +329,14 @@ void ZQXmlParserImpl::parseStartTag() {
     c = readChar();
     if (c == '=') {
       skipSpaces();
-      attribute.value = readLiteral(1);
+      readLiteral(1, attribute.value);
     } else {
       if (c != kEnd) unreadChar(c);
       // HTML takes an attribute without "=" as empty.
       if (!isHTMLSyntax()) {
         throwError(138, UnicodeString(), UnicodeString());
         skipSpaces();
-        attribute.value = readLiteral(1);
+        readLiteral(1, attribute.value);
       }
     }
     if (attribute.prefix == ZQN_xmlns) {
@@ -366,7 +375,7 @@ void ZQXmlParserImpl::parseStartTag() {
       addXhtmlEntities();
     }
   }
-  ZQName ns = m_namespaces->lookup(prefix);
+  ZQName ns = lookupAtStartTag(prefix);
   if (ns.isEmpty() && !prefix.isEmpty() && !isHTMLSyntax())
     throwError(135, prefix.toString(), UnicodeString());
 
@@ -374,6 +383,10 @@ void ZQXmlParserImpl::parseStartTag() {
   top.namespaceUri = ns;
   top.prefix = prefix;
   top.localName = local;
+  // What lookup of the empty prefix now gives inside this element, for its children.
+  DefaultNamespace& inside = m_defaultNamespaces[depth - 1];
+  inside.ns = prefix.isEmpty() ? ns : lookupAtStartTag(ZQName());
+  inside.valid = true;
 
   if (m_rootSeen) {
     if (getDepth() >= 2 && local == ZQN_math && ns == ZQN_NS_MATHML) enterMathScope();
@@ -404,6 +417,20 @@ void ZQXmlParserImpl::parseStartTag() {
       }
     }
   }
+}
+
+ZQName ZQXmlParserImpl::lookupAtStartTag(ZQName prefix) {
+  const size_t depth = static_cast<size_t>(getDepth());
+  // Only the context of this tag can have changed since the parent's start tag; the parent's
+  // answer stands for everything above it.
+  if (!prefix.isEmpty() || depth < 2 || depth > m_defaultNamespaces.size() ||
+      !m_defaultNamespaces[depth - 2].valid)
+    return m_namespaces->lookup(prefix);
+  const ZQNamespaceManager::Entry& top = m_namespaces->top();
+  if (top.prefix.isEmpty() && !top.namespaceUri.isEmpty()) return top.namespaceUri;
+  ZQName ns;
+  if (top.map && top.map->find(ZQName(), ns)) return ns;
+  return m_defaultNamespaces[depth - 2].ns;
 }
 
 // After "/" of an empty-element tag: on to ">", reporting only the first stray character
@@ -465,6 +492,8 @@ void ZQXmlParserImpl::parseText() {
     return;
   }
   bool reported = false;
+  // The depth stays put while text is read; asked once, not per character.
+  const bool topLevel = getDepth() == 0;
   for (;;) {
     UChar32 c = readChar();
     if (c == kEnd) break;
@@ -495,7 +524,7 @@ void ZQXmlParserImpl::parseText() {
       text.append(c);
       continue;
     }
-    if (getDepth() == 0 && !isSpace(c) && !(isHTMLSyntax() && !m_rootSeen)) {
+    if (topLevel && !isSpace(c) && !(isHTMLSyntax() && !m_rootSeen)) {
       throwError(142, codePointText(c), UnicodeString());
       reported = true;
     }
@@ -584,6 +613,7 @@ void ZQXmlParserImpl::parsePI() {
   ZQName name = readName();
   if (name == ZQN_xml) {
     parseXmlDecl();
+    syntaxInputsChanged();
     return;
   }
   m_eventType = PROCESSING_INSTRUCTION;
@@ -658,7 +688,10 @@ void ZQXmlParserImpl::parseMarkupDecl() {
   if (c != kEnd) unreadChar(c);
   ZQName name = readName();
   if (name == ZQN_DOCTYPE) {
+    // A DOCTYPE may declare namespaces in the open context.
+    m_defaultNamespaces.clear();
     parseDocDecl();
+    syntaxInputsChanged();
     return;
   }
   UnicodeString upper(name.toString());
@@ -676,7 +709,9 @@ void ZQXmlParserImpl::parseMarkupDecl() {
       lower.toLower(icu::Locale::getRoot());
       if (lower == u"html") {
         unreadText(ahead);
+        m_defaultNamespaces.clear();
         parseDocDecl();
+        syntaxInputsChanged();
         return;
       }
     }

@@ -47,13 +47,44 @@ ZQName ZQXmlParserImpl::readName() {
     if (c != kEnd) unreadChar(c);
     return ZQName();
   }
-  UnicodeString text;
+  char16_t buffer[kNameCacheKeyMax];
+  int length = 0;
+  UnicodeString longText;  // only for names too long for the cache
   do {
-    text.append(c);
+    if (length >= 0 && length + 2 <= kNameCacheKeyMax) {
+      if (c <= 0xFFFF) {
+        buffer[length++] = static_cast<char16_t>(c);
+      } else {
+        buffer[length++] = U16_LEAD(c);
+        buffer[length++] = U16_TRAIL(c);
+      }
+    } else {
+      if (length >= 0) {
+        longText.setTo(buffer, length);
+        length = -1;
+      }
+      longText.append(c);
+    }
     c = readChar();
   } while (ZQChar::isNCNameChar(c));
   if (c != kEnd) unreadChar(c);
-  return ZQName(ZQNameTable::getSharedNameEnum(text));
+  if (length < 0) return ZQName(ZQNameTable::getSharedNameEnum(longText));
+  return internName(buffer, length);
+}
+
+ZQName ZQXmlParserImpl::internName(const char16_t* text, int length) {
+  uint32_t hash = 2166136261u;
+  for (int i = 0; i < length; ++i) hash = (hash ^ text[i]) * 16777619u;
+  if (!m_nameCache) m_nameCache.reset(new NameCacheSlot[kNameCacheSlots]);
+  NameCacheSlot& slot = m_nameCache[(hash ^ (hash >> 16)) & (kNameCacheSlots - 1)];
+  if (slot.length == length &&
+      std::char_traits<char16_t>::compare(slot.text, text, static_cast<size_t>(length)) == 0)
+    return slot.name;
+  ZQName name(ZQNameTable::getSharedNameEnum(UnicodeString(text, length)));
+  std::char_traits<char16_t>::copy(slot.text, text, static_cast<size_t>(length));
+  slot.length = length;
+  slot.name = name;
+  return name;
 }
 
 bool ZQXmlParserImpl::readQName(ZQName& prefix, ZQName& local) {
@@ -75,6 +106,13 @@ bool ZQXmlParserImpl::readQName(ZQName& prefix, ZQName& local) {
 }
 
 UnicodeString ZQXmlParserImpl::readLiteral(int mode) {
+  UnicodeString value;
+  readLiteral(mode, value);
+  return value;
+}
+
+void ZQXmlParserImpl::readLiteral(int mode, UnicodeString& value) {
+  value.remove();
   UChar32 quote = readChar();
   bool quoted = quote == '"' || quote == '\'';
   if (!quoted) {
@@ -86,7 +124,14 @@ UnicodeString ZQXmlParserImpl::readLiteral(int mode) {
   int line = m_lineNumber;
   int column = m_columnNumber;
 
+  // Read straight into the value; only a literal that needs the second pass is copied.
   UnicodeString raw;
+  char16_t run[128];
+  int runLength = 0;
+  auto flush = [&]() {
+    if (runLength > 0) value.append(run, 0, runLength);
+    runLength = 0;
+  };
   bool endedByEnd = false;
   bool plain = true;  // nothing that the normalisation pass would change or report
   for (;;) {
@@ -114,13 +159,19 @@ UnicodeString ZQXmlParserImpl::readLiteral(int mode) {
       }
     }
     if (c == '&' || c == '<' || c == 9 || c == 10 || c == 13) plain = false;
-    raw.append(c);
+    if (runLength > 126) flush();
+    if (c <= 0xFFFF) {
+      run[runLength++] = static_cast<char16_t>(c);
+    } else if (c <= 0x10FFFF) {
+      run[runLength++] = U16_LEAD(c);
+      run[runLength++] = U16_TRAIL(c);
+    }
   }
+  flush();
 
-  UnicodeString value;
-  if (plain) {
-    value = raw;
-  } else {
+  if (!plain) {
+    raw = value;
+    value.remove();
     // The literal is read again as an input of its own from where it started, so that its
     // errors carry the position inside it, and its references expand in place.
     UChar32 pendingDecoded = m_pendingDecoded;
@@ -171,7 +222,6 @@ UnicodeString ZQXmlParserImpl::readLiteral(int mode) {
     value.insert(0, quote);
     if (!endedByEnd) value.append(quote);
   }
-  return value;
 }
 
 void ZQXmlParserImpl::pushInputState() {
