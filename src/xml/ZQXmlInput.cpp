@@ -11,10 +11,13 @@
 #include "core/ZQCommonError.h"
 #include "xml/ZQXmlInputTables.h"
 #include "xml/ZQXmlParserImpl.h"
+#include "xml/ZQXmlScanText.h"
 
 namespace ZQCommonNS {
 
 namespace {
+
+using xmlscan::isSpace;
 
 constexpr int kEof = std::char_traits<char>::eof();
 
@@ -38,8 +41,6 @@ constexpr KindName kKindNames[] = {
 };
 
 UnicodeString charText(UChar32 c) { return UnicodeString().append(c); }
-
-bool isSpace(UChar32 c) { return c == 0x20 || c == 9 || c == 10 || c == 13; }
 
 // One byte as std::istream::get gives it, with the same end-of-file and failure bits, but
 // straight from the stream buffer while the stream is good: the sentry of get() costs more
@@ -449,25 +450,7 @@ void ZQXmlParserImpl::pushStream(const UnicodeString& uri, ZQName parseType,
       throwCommonError(67, ZQSRC_PARSER_PUSH_STREAM, target.toString(), UnicodeString());
     return;
   }
-  InputState state;
-  state.stream = m_stream;
-  state.baseStream = m_baseStream;
-  state.stringInput = m_stringInput;
-  state.bomSeen = m_bomSeen;
-  state.topLevelSeen = m_topLevelSeen;
-  state.encodingKind = m_encodingKind;
-  state.encodingName = m_encodingName;
-  state.parserType = m_parserType;
-  state.settledType = m_settledType;
-  state.inputUri = m_inputUri;
-  state.baseUri = m_baseUri;
-  state.baseDepth = m_baseDepth;
-  state.lineNumber = m_lineNumber;
-  state.columnNumber = m_columnNumber;
-  state.pushedChar = m_pushedChar;
-  state.pushedText = m_pushedText;
-  state.pushedTextPos = m_pushedTextPos;
-  m_inputStack.push_back(std::move(state));
+  pushInputState();
   ++m_streamPushes;
 
   m_stream = m_baseStream = stream;
@@ -476,9 +459,6 @@ void ZQXmlParserImpl::pushStream(const UnicodeString& uri, ZQName parseType,
   if (target.isAbsolute()) m_baseUri = target.getBaseString();
   m_lineNumber = 1;
   m_columnNumber = 0;
-  m_pushedChar = END_OF_INPUT;
-  m_pushedText.remove();
-  m_pushedTextPos = 0;
   m_encodingKind = ENCODING_NONE;
   m_encodingName.remove();
 

@@ -292,6 +292,8 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   void parseEmptyTagTail();
   /// Saves the current input on inputStack and empties the pushback for an inner one.
   void pushInputState();
+  /// At the start of a document: line 1, column 0, and the encoding detected.
+  void startInput();
 
   // ---- Prolog, DTD and entities ----
   void parseXmlDecl();

@@ -11,14 +11,15 @@
 #include "xml/ZQXmlDtdCache.h"
 #include "xml/ZQXmlEntities.h"
 #include "xml/ZQXmlParserImpl.h"
+#include "xml/ZQXmlScanText.h"
 
 namespace ZQCommonNS {
 
 namespace {
 
-const UnicodeString& none() { return ZQEmptyString::EMPTY_VALUE; }
+using xmlscan::isSpace;
 
-bool isSpace(UChar32 c) { return c == 0x20 || c == 9 || c == 10 || c == 13; }
+const UnicodeString& none() { return ZQEmptyString::EMPTY_VALUE; }
 
 bool isQuote(UChar32 c) { return c == u'"' || c == u'\''; }
 
@@ -517,12 +518,7 @@ void ZQXmlParserImpl::parseExternalSubset() {
   m_textBuffer.remove();
   m_textStart = 0;
   m_cachedText.setToBogus();
-  if (m_stream) {
-    m_lineNumber = 1;
-    m_columnNumber = 0;
-    detectEncoding(false);
-    if (m_pushedChar != END_OF_INPUT) ++m_columnNumber;
-  }
+  startInput();
   // A text declaration reads as an XML declaration.
   if (peekToken() == TOKEN_PI) {
     m_pendingToken = TOKEN_NONE;

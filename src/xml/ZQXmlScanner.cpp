@@ -8,21 +8,16 @@
 #include "common/ZQChar.h"
 #include "common/ZQString.h"
 #include "xml/ZQXmlParserImpl.h"
+#include "xml/ZQXmlScanText.h"
 
 namespace ZQCommonNS {
 
 namespace {
 
+using xmlscan::charText;
+using xmlscan::isSpace;
+
 constexpr UChar32 kEnd = ZQXmlParserImpl::END_OF_INPUT;
-
-bool isSpace(UChar32 c) { return c == 9 || c == 10 || c == 13 || c == 32; }
-
-// A character as a message argument; the end of input shows as nothing.
-UnicodeString charText(UChar32 c) {
-  UnicodeString text;
-  if (c != kEnd) text.append(c);
-  return text;
-}
 
 // "U+0041 (A)": how text at the top level is reported.
 UnicodeString codePointText(UChar32 c) {
@@ -79,6 +74,15 @@ bool isAllSpace(const UnicodeString& text, int start) {
 
 // ---- Events ----
 
+void ZQXmlParserImpl::startInput() {
+  if (!m_stream) return;
+  m_lineNumber = 1;
+  m_columnNumber = 0;
+  detectEncoding(false);
+  // A character that detection read and put back was counted by no readChar.
+  if (m_pushedChar != END_OF_INPUT) ++m_columnNumber;
+}
+
 ZQXmlParser::EventType ZQXmlParserImpl::nextToken() {
   m_textBuffer.truncate(m_textStart);
   m_cachedText.setToBogus();
@@ -89,13 +93,7 @@ ZQXmlParser::EventType ZQXmlParserImpl::nextToken() {
       // instead of being started again over the rest of the declaration.
       if (m_pendingToken == TOKEN_STOP) return endOfInput();
       m_pendingToken = TOKEN_NONE;
-      if (m_stream) {
-        m_lineNumber = 1;
-        m_columnNumber = 0;
-        detectEncoding(false);
-        // A character that detection read and put back was counted by no readChar.
-        if (m_pushedChar != END_OF_INPUT) ++m_columnNumber;
-      }
+      startInput();
       if (peekToken() == TOKEN_PI) {
         parsePI();
         if (m_eventType != START_DOCUMENT) return m_eventType;

@@ -5,20 +5,16 @@
 #include "common/ZQChar.h"
 #include "common/ZQString.h"
 #include "xml/ZQXmlParserImpl.h"
+#include "xml/ZQXmlScanText.h"
 
 namespace ZQCommonNS {
 
 namespace {
 
+using xmlscan::charText;
+using xmlscan::isSpace;
+
 constexpr UChar32 kEnd = ZQXmlParserImpl::END_OF_INPUT;
-
-bool isSpace(UChar32 c) { return c == 9 || c == 10 || c == 13 || c == 32; }
-
-UnicodeString charText(UChar32 c) {
-  UnicodeString text;
-  if (c != kEnd) text.append(c);
-  return text;
-}
 
 int digitValue(UChar32 c, bool hex) {
   if (c >= '0' && c <= '9') return c - '0';
