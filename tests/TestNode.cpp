@@ -592,6 +592,46 @@ TEST(Node, RemoveChildFailures) {
   EXPECT_EQ(a->getParentNode(), q.get());
 }
 
+TEST(Node, AnOwnedAttributeIsNotAChildOfItsElement) {
+  ZQPtr<ZQDocument> doc(new ZQDocument());
+  ZQPtr<ZQElement> e = doc->createElement(ZQName(u("e")));
+  e->appendChild(el(doc, "c"));
+  e->setAttribute(ZQName(u("a")), ZQValue(1));
+  e->setAttribute(ZQName(u("b")), ZQValue(2));
+  ZQAttr* a = e->getAttributeNode(ZQName(u("a")));
+  const int refs = a->getRefCount();
+  ZQPtr<ZQNode> fresh = el(doc, "f");
+  ZQPtr<ZQNode> other = el(doc, "o");
+  const char* notChild = "SYSTEM ERROR: oldChild is not a child of this node.";
+  expectError([&] { e->removeChild(a); }, 9, notChild, "ZQCommonNS::ZQNode::removeChild");
+  expectError([&] { e->insertBefore(fresh, a); }, 9,
+              "SYSTEM ERROR: refChild is not a child of this node.",
+              "ZQCommonNS::ZQNode::insertBefore");
+  expectError([&] { e->replaceChild(fresh, a); }, 9, notChild, "ZQCommonNS::ZQNode::replaceChild");
+  // Moving it elsewhere asks its element to give it up, which it refuses.
+  expectError([&] { other->appendChild(a); }, 9, notChild, "ZQCommonNS::ZQNode::removeChild");
+  expectError([&] { other->insertBefore(a, nullptr); }, 9, notChild,
+              "ZQCommonNS::ZQNode::removeChild");
+  ZQNode* c = other->appendChild(el(doc, "oc"));
+  expectError([&] { other->replaceChild(a, c); }, 9, notChild, "ZQCommonNS::ZQNode::removeChild");
+  // Nothing moved and no reference was kept.
+  EXPECT_EQ(a->getRefCount(), refs);
+  EXPECT_EQ(a->getOwnerElement(), e.get());
+  EXPECT_EQ(e->getAttributes()->getLength(), 2);
+  EXPECT_EQ(e->getAttribute(ZQName(u("b"))).toString(), u("2"));
+  EXPECT_EQ(names(childrenFast(e)), "c");
+  EXPECT_EQ(names(childrenFast(other)), "oc");
+  expectRingIntact(e);
+  EXPECT_EQ(fresh->getParentNode(), nullptr);
+  // A detached attribute is a node like any other and may be a child.
+  ZQPtr<ZQAttr> b = e->getAttributes()->removeNamedItem(ZQName(u("b")));
+  other->appendChild(b);
+  EXPECT_EQ(other->getLastChildFast(), b.get());
+  ZQPtr<ZQNode> back = other->removeChild(b);
+  EXPECT_EQ(back.get(), b.get());
+  EXPECT_EQ(names(childrenFast(other)), "oc");
+}
+
 TEST(Node, AppendChildFailures) {
   ZQPtr<ZQDocument> doc(new ZQDocument());
   ZQPtr<ZQDocument> other(new ZQDocument());
@@ -679,6 +719,24 @@ TEST(Node, AppendChildrenMovesARun) {
   EXPECT_EQ(names(childrenFast(to)), "b,c,d,a,e");
   expectRingIntact(to);
   for (ZQNode* c : childrenFast(to)) EXPECT_EQ(c->getRefCount(), 1);
+}
+
+TEST(Node, AppendChildrenOfItsOwnChildrenEnds) {
+  ZQPtr<ZQDocument> doc(new ZQDocument());
+  ZQPtr<ZQNode> p = el(doc, "p");
+  for (const char* n : {"a", "b", "c", "d"}) p->appendChild(el(doc, n));
+  ZQNode* b = p->getFirstChildFast()->getNextSiblingFast();
+  // To the end of the run: b, c and d go to the end once each, in their order.
+  p->appendChildren(b, nullptr);
+  EXPECT_EQ(names(childrenFast(p)), "a,b,c,d");
+  p->appendChildren(p->getFirstChildFast(), nullptr);
+  EXPECT_EQ(names(childrenFast(p)), "a,b,c,d");
+  // Up to a stop among them.
+  ZQNode* c = b->getNextSiblingFast();
+  p->appendChildren(p->getFirstChildFast(), c);
+  EXPECT_EQ(names(childrenFast(p)), "c,d,a,b");
+  expectRingIntact(p);
+  for (ZQNode* child : childrenFast(p)) EXPECT_EQ(child->getRefCount(), 1);
 }
 
 TEST(Node, RemoveAllChildNodesReleasesEachChild) {

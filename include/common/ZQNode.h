@@ -254,6 +254,8 @@ class ZQCOMMON_API ZQNode : public ZQRCObject {
   friend class AttrNodeMap;
 
   void linkBefore(ZQNode* newChild, ZQNode* refChild);
+  bool isChildHere(const ZQNode* node) const;
+  void detachFromOldParent(ZQNode* newChild);
   void releaseChildren();
 };
 

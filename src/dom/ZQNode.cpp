@@ -2,6 +2,7 @@
 #include "common/ZQNode.h"
 
 #include "common/ZQDocument.h"
+#include "common/ZQElement.h"
 #include "common/ZQXmlUtil.h"
 #include "core/ZQCommonError.h"
 
@@ -189,6 +190,31 @@ ZQNodeIterator ZQNode::getIterator() const {
 
 // ---- writing ----
 
+// An attribute's parent field names its owner element, but the attribute lives in the
+// element's attribute ring: unlinking it from the child ring would tear both rings apart.
+bool ZQNode::isChildHere(const ZQNode* node) const {
+  if (node->m_parent != this) return false;
+  if (node->getNodeType() != ATTRIBUTE_NODE) return true;
+  ZQNamedNodeMap* map = getAttributes();
+  if (!map) return true;
+  for (ZQNode* attr = map->getFirstNode(); attr; attr = map->getNextNode(attr))
+    if (attr == node) return false;
+  return true;
+}
+
+// Takes newChild out of its old place; the reference taken for this parent is given back if
+// the old parent refuses.
+void ZQNode::detachFromOldParent(ZQNode* newChild) {
+  ZQNode* oldParent = newChild->m_parent;
+  if (!oldParent) return;
+  try {
+    oldParent->removeChild(newChild);
+  } catch (...) {
+    newChild->removeRef();
+    throw;
+  }
+}
+
 void ZQNode::linkBefore(ZQNode* newChild, ZQNode* refChild) {
   // Read only now: taking newChild out of its old place may have moved refChild's neighbours.
   ZQNode* previous = refChild->m_previousSibling;
@@ -206,7 +232,7 @@ ZQNode* ZQNode::insertBefore(ZQNode* newChild, ZQNode* refChild) {
   if (!newChild)
     throwCommonError(3, ZQSRC_NODE_INSERT_BEFORE, kNewChild, ZQEmptyString::EMPTY_VALUE);
   if (!refChild) return appendChild(newChild);
-  if (refChild->m_parent != this)
+  if (!isChildHere(refChild))
     throwCommonError(9, ZQSRC_NODE_INSERT_BEFORE, kRefChild, ZQEmptyString::EMPTY_VALUE);
   if (newChild == refChild) return newChild;
   if (newChild->m_ownerDocument != m_ownerDocument &&
@@ -214,7 +240,7 @@ ZQNode* ZQNode::insertBefore(ZQNode* newChild, ZQNode* refChild) {
     throwCommonError(6, ZQSRC_NODE_INSERT_BEFORE, kNewChild, ZQEmptyString::EMPTY_VALUE);
 
   newChild->addRef();  // becomes this parent's reference
-  if (ZQNode* oldParent = newChild->m_parent) oldParent->removeChild(newChild);
+  detachFromOldParent(newChild);
   linkBefore(newChild, refChild);
   return newChild;
 }
@@ -224,7 +250,7 @@ ZQPtr<ZQNode> ZQNode::replaceChild(ZQNode* newChild, ZQNode* oldChild) {
     throwCommonError(3, ZQSRC_NODE_REPLACE_CHILD, kNewChild, ZQEmptyString::EMPTY_VALUE);
   if (!oldChild)
     throwCommonError(3, ZQSRC_NODE_REPLACE_CHILD, kOldChild, ZQEmptyString::EMPTY_VALUE);
-  if (oldChild->m_parent != this)
+  if (!isChildHere(oldChild))
     throwCommonError(9, ZQSRC_NODE_REPLACE_CHILD, kOldChild, ZQEmptyString::EMPTY_VALUE);
   if (newChild == oldChild) return ZQPtr<ZQNode>(oldChild);
   if (newChild->m_ownerDocument != m_ownerDocument &&
@@ -232,7 +258,7 @@ ZQPtr<ZQNode> ZQNode::replaceChild(ZQNode* newChild, ZQNode* oldChild) {
     throwCommonError(6, ZQSRC_NODE_REPLACE_CHILD, kNewChild, ZQEmptyString::EMPTY_VALUE);
 
   newChild->addRef();
-  if (ZQNode* oldParent = newChild->m_parent) oldParent->removeChild(newChild);
+  detachFromOldParent(newChild);
 
   const bool wasLast = m_lastChild == oldChild;
   const bool onlyChild = oldChild->m_nextSibling == oldChild;
@@ -259,7 +285,7 @@ ZQPtr<ZQNode> ZQNode::replaceChild(ZQNode* newChild, ZQNode* oldChild) {
 ZQPtr<ZQNode> ZQNode::removeChild(ZQNode* oldChild) {
   if (!oldChild)
     throwCommonError(3, ZQSRC_NODE_REMOVE_CHILD, kOldChild, ZQEmptyString::EMPTY_VALUE);
-  if (oldChild->m_parent != this)
+  if (!isChildHere(oldChild))
     throwCommonError(9, ZQSRC_NODE_REMOVE_CHILD, kOldChild, ZQEmptyString::EMPTY_VALUE);
 
   ZQNode* previous = oldChild->m_previousSibling;
@@ -290,7 +316,7 @@ ZQNode* ZQNode::appendChild(ZQNode* newChild) {
     throwCommonError(6, ZQSRC_NODE_APPEND_CHILD, kNewChild, ZQEmptyString::EMPTY_VALUE);
 
   newChild->addRef();
-  if (ZQNode* oldParent = newChild->m_parent) oldParent->removeChild(newChild);
+  detachFromOldParent(newChild);
   if (m_lastChild) {
     newChild->m_nextSibling = m_lastChild->m_nextSibling;
     newChild->m_previousSibling = m_lastChild;
@@ -325,6 +351,9 @@ void ZQNode::appendChildren(ZQNode* first, ZQNode* stop) {
   while (node && node != stop) {
     ZQNode* next = node->getNextSibling();
     appendChild(node);
+    // A run of this node's own children comes round to the nodes already moved: without this
+    // stop it would move them for ever.
+    if (next == first) break;
     node = next;
   }
 }

@@ -537,7 +537,7 @@ void ZQXmlSerializerImpl::comment(const UnicodeString& text) {
 }
 
 void ZQXmlSerializerImpl::docdecl(const UnicodeString& text) {
-  dropPendingPrefixes();
+  // Only the prolog takes it: prefixes waiting for an element have left the prolog already.
   if (m_state != STATE_PROLOG) {
     throwCommonError(16, ZQSRC_SERIALIZER_DOCDECL, emptyText(), emptyText());
   }
