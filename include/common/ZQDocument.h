@@ -12,13 +12,12 @@
 #include "common/ZQString.h"
 #include "common/ZQUri.h"
 #include "common/ZQXmlParser.h"
+#include "common/ZQXmlSerializer.h"
 
 namespace ZQCommonNS {
 
 class ZQElement;
 class ZQAttr;
-class ZQXmlSerializer;
-
 /// Root of a tree and the factory of all its nodes. In pull mode its nodes come into being one
 /// at a time, as readers ask for them through the plain accessors of ZQNode. Derived documents
 /// override the factories; the order of the virtual operations is kept.
@@ -74,8 +73,8 @@ class ZQCOMMON_API ZQDocument : public ZQNode {
   void setParser(ZQXmlParser* parser);
   /// The serializer, made on first need.
   ZQXmlSerializer* getSerializer();
-  ZQXmlSerializer* getSerializer() const;
-  /// Swaps the serializer.
+  ZQXmlSerializer* getSerializer() const { return m_serializer.get(); }
+  /// Swaps the serializer; the document URI stays.
   void setSerializer(ZQXmlSerializer* serializer);
 
   /// The node the loader continues from; null when no load is open.
@@ -95,8 +94,11 @@ class ZQCOMMON_API ZQDocument : public ZQNode {
 
   // ---- loading ----
 
+  /// Loads the resource of `uri` into `into` (null: the whole document).
   void load(ZQUri& uri, ZQNode* into = nullptr);
+  /// Loads the resource named by `path`.
   void load(const UnicodeString& path, ZQNode* into = nullptr);
+  /// Loads from the caller's stream, which must outlive a pulled load; `uri` names it.
   void load(std::istream& stream, ZQNode* into = nullptr,
             const UnicodeString& uri = ZQEmptyString::EMPTY_VALUE);
   /// Loads through a parser that the caller has set up.
@@ -106,12 +108,15 @@ class ZQCOMMON_API ZQDocument : public ZQNode {
 
   // ---- saving ----
 
+  /// Writes `node` (null: the document) to a file; `a4` is the serializer's standalone text.
   void save(const UnicodeString& path, ZQNode* node = nullptr,
             const UnicodeString& encoding = ZQEmptyString::EMPTY_VALUE,
             const UnicodeString& a4 = ZQEmptyString::EMPTY_VALUE);
+  /// Writes `node` (null: the document) to the caller's stream.
   void save(std::ostream& stream, ZQNode* node = nullptr,
             const UnicodeString& encoding = ZQEmptyString::EMPTY_VALUE,
             const UnicodeString& a4 = ZQEmptyString::EMPTY_VALUE);
+  /// As the stream form, with a comment and a document type declaration after the start.
   void save(const UnicodeString& comment, const UnicodeString& doctype, std::ostream& stream,
             ZQNode* node = nullptr, const UnicodeString& encoding = ZQEmptyString::EMPTY_VALUE,
             const UnicodeString& a6 = ZQEmptyString::EMPTY_VALUE);
@@ -119,6 +124,7 @@ class ZQCOMMON_API ZQDocument : public ZQNode {
   UnicodeString saveXml(ZQNode* node = nullptr);
   /// Writes the document element's start tag with its attributes only.
   void saveDocumentElement(const UnicodeString& path);
+  /// The same on the caller's stream.
   void saveDocumentElement(std::ostream& stream);
   /// Writes the whole subtree of `node` into the open output.
   void saveChildElement(ZQNode* node);
@@ -137,7 +143,7 @@ class ZQCOMMON_API ZQDocument : public ZQNode {
   ZQLock m_lock;
   ZQNameTable* m_nameTable;
   ZQPtr<ZQXmlParser> m_parser;
-  ZQPtr<ZQRCObject> m_serializer;  // a ZQXmlSerializer, held through its base
+  ZQPtr<ZQXmlSerializer> m_serializer;
   UnicodeString m_baseUri;
   UnicodeString m_documentUri;
 

@@ -1,5 +1,5 @@
 // The document: its fields, the factories of the node classes of this family, access and the
-// start of a load.
+// start of a load. The loader itself is in ZQDocumentLoad.cpp, the writer in ZQDocumentSave.cpp.
 #include "common/ZQDocument.h"
 
 #include "common/ZQElement.h"
@@ -90,10 +90,12 @@ void ZQDocument::setParser(ZQXmlParser* parser) {
   m_documentUri.remove();
 }
 
-ZQNode* ZQDocument::loadNextNode() {
-  ZQMutex guard(m_lock);
-  return nullptr;
+ZQXmlSerializer* ZQDocument::getSerializer() {
+  if (!m_serializer) m_serializer = ZQXmlUtil::createXmlSerializer();
+  return m_serializer.get();
 }
+
+void ZQDocument::setSerializer(ZQXmlSerializer* serializer) { m_serializer = serializer; }
 
 void ZQDocument::doLoad(ZQNode* into, bool pull) {
   ZQNode* target = into ? into : this;
