@@ -1,5 +1,6 @@
-// zqtool dom [--pull] [--tree] [--feature NAME]... <uri|-> [-o out.xml]: loads a document into
-// the tree, whole or pulled node by node as a walk asks for it, and saves it again (or lists it).
+// zqtool dom [--pull] [--tree] [--stats] [--feature NAME]... <uri|-> [-o out.xml]: loads a
+// document into the tree, whole or pulled node by node as a walk asks for it, and saves it again
+// (or lists it).
 #include <fstream>
 #include <iostream>
 #include <string>
@@ -14,11 +15,12 @@ using namespace ZQCommonNS;
 namespace {
 
 const char kUsage[] =
-    "usage: zqtool dom [--pull] [--tree] [--feature NAME]... <uri|-> [-o out.xml]\n";
+    "usage: zqtool dom [--pull] [--tree] [--stats] [--feature NAME]... <uri|-> [-o out.xml]\n";
 
 struct DomOptions {
   bool pull = false;
   bool tree = false;
+  bool stats = false;
   std::vector<ZQXmlParser::Feature> features;
   std::string input;
   std::string output;
@@ -35,6 +37,8 @@ bool parseArgs(const zqtool::Args& args, DomOptions& options) {
       options.pull = true;
     } else if (arg == "--tree") {
       options.tree = true;
+    } else if (arg == "--stats") {
+      options.stats = true;
     } else if (arg == "--feature" && hasValue) {
       ZQXmlParser::Feature feature;
       if (!zqtool::featureByName(args[++i], feature)) {
@@ -81,6 +85,7 @@ int runDom(const zqtool::Args& args) {
     } else {
       document->load(zqtool::fromUtf8(options.input));
     }
+    const long afterLoad = zqtool::countBuiltNodes(document.get());
     if (options.pull) {
       // Each step of the walk pulls what it needs from the parser, so the whole input is read
       // (and any error in it met) before a byte of output is written.
@@ -89,6 +94,10 @@ int runDom(const zqtool::Args& args) {
       }
     }
     printWarnings(parser);
+    if (options.stats) {
+      std::cerr << "nodes built by the load: " << afterLoad
+                << ", after the walk: " << zqtool::countBuiltNodes(document.get()) << '\n';
+    }
 
     if (options.tree) {
       if (options.hasOutput) {
@@ -126,8 +135,8 @@ int runDom(const zqtool::Args& args) {
 
 zqtool::Register reg("dom", "dom [--pull] [--tree] <uri> [-o F]",
                      "load a document into the tree and save it to F or stdout (--pull: load "
-                     "node by node as a walk asks; --tree: list the nodes; --feature F; '-' "
-                     "reads stdin)",
+                     "node by node as a walk asks; --tree: list the nodes; --stats: node counts "
+                     "to stderr; --feature F; '-' reads stdin)",
                      runDom);
 
 }  // namespace
