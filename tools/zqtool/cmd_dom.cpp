@@ -1,6 +1,7 @@
 // zqtool dom [--pull] [--tree] [--stats] [--feature NAME]... <uri|-> [-o out.xml]: loads a
 // document into the tree, whole or pulled node by node as a walk asks for it, and saves it again
 // (or lists it).
+#include <exception>
 #include <fstream>
 #include <iostream>
 #include <string>
@@ -123,6 +124,10 @@ int runDom(const zqtool::Args& args) {
     std::cout.flush();
     printWarnings(parser);
     std::cerr << zqtool::utf8(error.getMessage()) << '\n';
+    return 1;
+  } catch (const std::exception& error) {
+    std::cout.flush();
+    std::cerr << "zqtool dom: " << error.what() << '\n';
     return 1;
   }
   std::cout.flush();
