@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <map>
+#include <random>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -209,6 +211,158 @@ TEST(DeepDocuments, SavedMarkupOfASmallDeepShape) {
             "<?xml version=\"1.0\" encoding=\"UTF-8\"?><p:a xmlns=\"urn:deep\" "
             "xmlns:p=\"urn:p\"><b><p:a q:k=\"half\" xmlns:q=\"urn:q\"><b q:k=\"bottom\">x</b>"
             "</p:a></b></p:a>");
+}
+
+// ---- source positions ----
+
+// An element that answers its own position whatever is stored: a fixed one, or -1 without
+// asking anybody else.
+class FixedPositionElement : public ElementNS {
+ public:
+  FixedPositionElement(ZQDocument* doc, int line, int column)
+      : ElementNS(doc, ZQName(), ZQName(), ZQName(u("fixed"))), m_line(line), m_column(column) {}
+  int getSourceLineNumber() const override { return m_line; }
+  int getSourceColumnNumber() const override { return m_column; }
+
+ private:
+  int m_line;
+  int m_column;
+};
+
+// The position rules as told, by recursion over the virtual getters: for small trees only.
+struct PositionModel {
+  std::map<const ZQNode*, std::pair<int, int>> stored;  // elements with a position of their own
+  std::map<const ZQNode*, std::pair<int, int>> fixed;   // FixedPositionElement's answers
+
+  int of(const ZQNode* node, bool line) const {
+    auto f = fixed.find(node);
+    if (f != fixed.end()) return line ? f->second.first : f->second.second;
+    auto s = stored.find(node);
+    if (s != stored.end()) {
+      int value = line ? s->second.first : s->second.second;
+      if (value != -1) return value;
+    }
+    if (const ZQNode* previous = node->getPreviousSibling()) {
+      int value = of(previous, line);
+      if (value != -1) return value;
+    }
+    const ZQNode* parent = node->getParentNode();
+    return parent ? of(parent, line) : -1;
+  }
+};
+
+TEST(SourcePositions, AnswerAsTheToldRecursionOnRandomTrees) {
+  for (unsigned seed = 1; seed <= 200; ++seed) {
+    SCOPED_TRACE(seed);
+    std::mt19937 random(seed);
+    ZQPtr<ZQDocument> doc(new ZQDocument());
+    PositionModel model;
+    std::vector<ZQNode*> parents;
+    std::vector<ZQNode*> all;
+    ZQPtr<ZQElement> root = doc->createElementNS(ZQName(), ZQName(), ZQName(u("r")));
+    if (random() % 2) {
+      root->setSourceLineNumber(1);
+      root->setSourceColumnNumber(random() % 3 ? 2 : -1);
+      model.stored[root.get()] = {1, root->getSourceColumnNumber()};
+    }
+    doc->appendChild(root.get());
+    parents.push_back(root.get());
+    all.push_back(root.get());
+    int count = 1 + static_cast<int>(random() % 60);
+    for (int i = 0; i < count; ++i) {
+      ZQNode* parent = parents[random() % parents.size()];
+      ZQPtr<ZQNode> node;
+      switch (random() % 4) {
+        case 0:
+          node = doc->createTextNode(u("t")).get();
+          break;
+        case 1: {
+          ZQPtr<ZQElement> element = doc->createElementNS(ZQName(), ZQName(), ZQName(u("e")));
+          int line = random() % 3 ? 10 + i : -1;
+          int column = random() % 3 ? 100 + i : -1;
+          element->setSourceLineNumber(line);
+          element->setSourceColumnNumber(column);
+          model.stored[element.get()] = {line, column};
+          node = element.get();
+          break;
+        }
+        case 2:
+          node = doc->createElementNS(ZQName(), ZQName(), ZQName(u("e"))).get();
+          break;
+        default: {
+          int line = random() % 2 ? -1 : 500 + i;
+          node = new FixedPositionElement(doc.get(), line, line == -1 ? 7 : -1);
+          model.fixed[node.get()] = {line, line == -1 ? 7 : -1};
+        }
+      }
+      parent->appendChild(node.get());
+      all.push_back(node.get());
+      if (node->getNodeType() == ZQNode::ELEMENT_NODE) parents.push_back(node.get());
+    }
+    for (size_t i = 0; i < all.size(); ++i) {
+      ASSERT_EQ(all[i]->getSourceLineNumber(), model.of(all[i], true)) << "node " << i;
+      ASSERT_EQ(all[i]->getSourceColumnNumber(), model.of(all[i], false)) << "node " << i;
+    }
+  }
+}
+
+TEST(SourcePositions, AMillionLevelsDeep) {
+  ZQPtr<ZQDocument> doc(new ZQDocument());
+  ZQNode* parent = doc.get();
+  ZQNode* upper = nullptr;
+  for (int i = 0; i < kDeep; ++i) {
+    ZQPtr<ZQElement> element = doc->createElementNS(ZQName(), ZQName(), ZQName(u("e")));
+    if (i == 0) {
+      element->setSourceLineNumber(7);
+      element->setSourceColumnNumber(3);
+    }
+    if (i == kDeep / 2) element->setSourceLineNumber(11);  // a line, but no column
+    if (i == kDeep / 2 - 1) upper = element.get();
+    parent->appendChild(element.get());
+    parent = element.get();
+  }
+  ZQNode* text = parent->appendChildText(u("x"));
+  EXPECT_EQ(text->getSourceLineNumber(), 11);
+  EXPECT_EQ(text->getSourceColumnNumber(), 3);
+  EXPECT_EQ(parent->getSourceLineNumber(), 11);
+  EXPECT_EQ(upper->getSourceLineNumber(), 7);
+  EXPECT_EQ(upper->getSourceColumnNumber(), 3);
+}
+
+TEST(SourcePositions, AMillionSiblingsLong) {
+  ZQPtr<ZQDocument> doc(new ZQDocument());
+  ZQPtr<ZQElement> root = doc->createElementNS(ZQName(), ZQName(), ZQName(u("r")));
+  root->setSourceLineNumber(2);
+  root->setSourceColumnNumber(4);
+  doc->appendChild(root.get());
+  ZQNode* middle = nullptr;
+  for (int i = 0; i < kDeep; ++i) {
+    if (i == kDeep / 2) {
+      ZQPtr<ZQElement> element = doc->createElementNS(ZQName(), ZQName(), ZQName(u("e")));
+      element->setSourceColumnNumber(9);  // a column, but no line
+      root->appendChild(element.get());
+    }
+    ZQNode* text = root->appendChildText(u("t"));
+    if (i == kDeep / 2 - 1) middle = text;
+  }
+  ZQNode* last = root->getLastChild();
+  EXPECT_EQ(last->getSourceLineNumber(), 2);
+  EXPECT_EQ(last->getSourceColumnNumber(), 9);
+  EXPECT_EQ(middle->getSourceLineNumber(), 2);
+  EXPECT_EQ(middle->getSourceColumnNumber(), 4);
+}
+
+TEST(SourcePositions, ALoadedDeepDocumentGivesTheInnermostElementsPlace) {
+  DeepShape shape{NO_NAMESPACE, kDeep};
+  ZQPtr<ZQDocument> doc(new ZQDocument());
+  std::istringstream stream("\n" + shape.markup());
+  doc->load(stream);
+  ZQNode* node = doc->getDocumentElement();
+  while (node->getFirstChild()) node = node->getFirstChild();
+  ASSERT_EQ(node->getNodeType(), ZQNode::TEXT_NODE);
+  EXPECT_EQ(node->getSourceLineNumber(), 2);
+  EXPECT_EQ(node->getSourceColumnNumber(), node->getParentNode()->getSourceColumnNumber());
+  EXPECT_GT(node->getSourceColumnNumber(), kDeep);
 }
 
 }  // namespace

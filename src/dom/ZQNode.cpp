@@ -100,22 +100,74 @@ void ZQNode::setText(const UnicodeString&) {}
 void ZQNode::setSourceLineNumber(int) {}
 void ZQNode::setSourceColumnNumber(int) {}
 
-int ZQNode::getSourceLineNumber() const {
-  if (const ZQNode* previous = getPreviousSibling()) {
-    int line = previous->getSourceLineNumber();
-    if (line != -1) return line;
+// A position is looked for by a loop over previous siblings and parents instead of a call per
+// node, which would recurse once per node of a deep or long tree. Each node on the way is
+// still asked through its virtual getter, so that an override keeps its say; a getter that
+// falls back to the one here meets the probe below and hands the search back to the loop,
+// which goes on from that node as the fallback would have.
+namespace {
+
+enum PositionKind { POSITION_LINE, POSITION_COLUMN };
+
+struct PositionProbe {
+  const ZQNode* node;
+  PositionKind kind;
+  bool deferred;
+};
+
+thread_local PositionProbe t_positionProbe = {nullptr, POSITION_LINE, false};
+
+// True, and the probe taken, when `node` is the one being asked by the loop: its getter has
+// fallen back to ZQNode's.
+bool takeProbe(const ZQNode* node, PositionKind kind) {
+  PositionProbe& probe = t_positionProbe;
+  if (probe.node != node || probe.kind != kind || probe.deferred) return false;
+  probe.deferred = true;
+  return true;
+}
+
+// The node's own answer through its virtual getter; `deferred` when it fell back to ZQNode's.
+int askPosition(const ZQNode* node, PositionKind kind, bool& deferred) {
+  PositionProbe saved = t_positionProbe;
+  t_positionProbe = PositionProbe{node, kind, false};
+  int value = kind == POSITION_LINE ? node->getSourceLineNumber() : node->getSourceColumnNumber();
+  deferred = t_positionProbe.deferred;
+  t_positionProbe = saved;
+  return value;
+}
+
+// The previous sibling's position, else the parent's, each node's own first.
+int findPosition(const ZQNode* start, PositionKind kind) {
+  const ZQNode* node = start;
+  for (;;) {
+    bool deferred = false;
+    if (const ZQNode* previous = node->getPreviousSibling()) {
+      int value = askPosition(previous, kind, deferred);
+      if (deferred) {
+        // The sibling's search ends at the same parent, so it is this one's too.
+        node = previous;
+        continue;
+      }
+      if (value != -1) return value;
+    }
+    const ZQNode* parent = node->getParentNode();
+    if (!parent) return -1;
+    int value = askPosition(parent, kind, deferred);
+    if (!deferred) return value;
+    node = parent;
   }
-  const ZQNode* parent = getParentNode();
-  return parent ? parent->getSourceLineNumber() : -1;
+}
+
+}  // namespace
+
+int ZQNode::getSourceLineNumber() const {
+  if (takeProbe(this, POSITION_LINE)) return -1;
+  return findPosition(this, POSITION_LINE);
 }
 
 int ZQNode::getSourceColumnNumber() const {
-  if (const ZQNode* previous = getPreviousSibling()) {
-    int column = previous->getSourceColumnNumber();
-    if (column != -1) return column;
-  }
-  const ZQNode* parent = getParentNode();
-  return parent ? parent->getSourceColumnNumber() : -1;
+  if (takeProbe(this, POSITION_COLUMN)) return -1;
+  return findPosition(this, POSITION_COLUMN);
 }
 
 UnicodeString ZQNode::getBaseUri() const {
