@@ -3,6 +3,9 @@
 // on deep and long trees, and two threads on one pulled document.
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <set>
+
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -16,6 +19,7 @@
 #include "TestSupport.h"
 #include "common/ZQDocument.h"
 #include "common/ZQElement.h"
+#include "common/ZQLock.h"
 #include "common/ZQNodeList.h"
 #include "common/ZQStrStream.h"
 
@@ -363,6 +367,114 @@ TEST(SourcePositions, ALoadedDeepDocumentGivesTheInnermostElementsPlace) {
   EXPECT_EQ(node->getSourceLineNumber(), 2);
   EXPECT_EQ(node->getSourceColumnNumber(), node->getParentNode()->getSourceColumnNumber());
   EXPECT_GT(node->getSourceColumnNumber(), kDeep);
+}
+
+// ---- two threads on one pulled document ----
+
+// Wide and deep at once: many short branches, then one long chain.
+std::string mixedMarkup() {
+  std::string text = "<r xmlns=\"urn:m\" xmlns:p=\"urn:p\">";
+  for (int i = 0; i < 3000; ++i) {
+    text += "<p:s n=\"" + std::to_string(i) + "\"><t>a" + std::to_string(i) + "</t><u/>b</p:s>";
+  }
+  for (int i = 0; i < 20000; ++i) text += "<d>";
+  text += "end";
+  for (int i = 0; i < 20000; ++i) text += "</d>";
+  return text + "tail</r>";
+}
+
+// Names and texts in document order, by the plain accessors, so a pulled document loads as
+// the walk goes. Each step holds the document lock when `lock` is given: the tree itself is
+// not guarded, so concurrent readers keep each other out of the links the loader writes.
+std::string walkInOrder(ZQDocument* doc, ZQLock* lock) {
+  std::string out;
+  auto step = [&](auto&& body) {
+    ZQMutex guard(lock);
+    return body();
+  };
+  ZQNode* node = step([&] { return doc->getFirstChild(); });
+  while (node) {
+    node = step([&]() -> ZQNode* {
+      if (node->getNodeType() == ZQNode::ELEMENT_NODE) {
+        out += "<" + s8(node->getNodeName().toString()) + "{" +
+               s8(node->getNamespaceUri().toString()) + "}";
+      } else {
+        out += s8(node->getText());
+      }
+      if (ZQNode* child = node->getFirstChild()) return child;
+      for (ZQNode* at = node; at && at != doc; at = at->getParentNode()) {
+        if (at->getNodeType() == ZQNode::ELEMENT_NODE) out += ">";
+        if (ZQNode* next = at->getNextSibling()) return next;
+      }
+      return nullptr;
+    });
+  }
+  return out;
+}
+
+TEST(PulledDocumentThreads, TwoThreadsDrivingTheLoaderBuildTheTreeOnce) {
+  std::string markup = mixedMarkup();
+  ZQPtr<ZQDocument> whole(new ZQDocument());
+  whole->loadXml(UnicodeString::fromUTF8(markup));
+
+  ZQPtr<ZQDocument> doc(new ZQDocument());
+  std::istringstream stream(markup);
+  doc->setPullMode(true);
+  doc->load(stream);
+  std::atomic<bool> go{false};
+  std::vector<ZQNode*> made[2];
+  auto drive = [&](int which) {
+    while (!go.load()) std::this_thread::yield();
+    while (ZQNode* node = doc->loadNextNode()) made[which].push_back(node);
+  };
+  std::thread first(drive, 0);
+  std::thread second(drive, 1);
+  go = true;
+  first.join();
+  second.join();
+
+  // Every node came into being once, through one of the two.
+  std::set<ZQNode*> seen;
+  for (const auto& list : made)
+    for (ZQNode* node : list) EXPECT_TRUE(seen.insert(node).second);
+  long count = 0;
+  ZQTreeIterator it(doc.get(), doc.get(), false, ZQTreeIterator::PRE_ORDER);
+  for (ZQNode* node = it.nextNode(); node; node = it.nextNode()) {
+    ++count;
+    EXPECT_EQ(seen.count(node), 1u);
+  }
+  EXPECT_EQ(static_cast<long>(seen.size()), count);
+  expectSameTree(whole.get(), doc.get());
+  EXPECT_EQ(walkInOrder(doc.get(), nullptr), walkInOrder(whole.get(), nullptr));
+}
+
+TEST(PulledDocumentThreads, TwoWalkersSeeTheSameCompleteTree) {
+  std::string markup = mixedMarkup();
+  ZQPtr<ZQDocument> whole(new ZQDocument());
+  whole->loadXml(UnicodeString::fromUTF8(markup));
+  std::string expected = walkInOrder(whole.get(), nullptr);
+  ASSERT_NE(expected.find("<p:s{urn:p}<t{urn:m}a2999><u{urn:m}>b>"), std::string::npos);
+
+  for (int round = 0; round < 3; ++round) {
+    ZQPtr<ZQDocument> doc(new ZQDocument());
+    std::istringstream stream(markup);
+    doc->setPullMode(true);
+    doc->load(stream);
+    std::atomic<bool> go{false};
+    std::string walked[2];
+    auto walk = [&](int which) {
+      while (!go.load()) std::this_thread::yield();
+      walked[which] = walkInOrder(doc.get(), &doc->getDocumentLock());
+    };
+    std::thread first(walk, 0);
+    std::thread second(walk, 1);
+    go = true;
+    first.join();
+    second.join();
+    EXPECT_EQ(walked[0], expected);
+    EXPECT_EQ(walked[1], expected);
+    EXPECT_TRUE(doc->getDocumentElement()->getFlag(ZQNode::FLAG_LOAD_DONE));
+  }
 }
 
 }  // namespace
