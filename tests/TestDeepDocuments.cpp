@@ -35,7 +35,8 @@ enum Flavour { NO_NAMESPACE, DEFAULT_NAMESPACE, PREFIXED };
 
 // Level i (0 is the root) is named "a" or "b" by parity. With PREFIXED the "a" levels are
 // "p:a" in urn:p and the "b" levels sit in the default namespace; halfway down an element
-// declares q and carries a q:k attribute, as does the innermost one.
+// declares q and carries a q:k attribute, as does the innermost one. Attributes come in the
+// order a save writes them, so that the saved text is the markup read.
 struct DeepShape {
   Flavour flavour;
   int depth;
@@ -50,8 +51,8 @@ struct DeepShape {
       if (flavour == PREFIXED && i % 2 == 0) text += "p:";
       text += i % 2 == 0 ? 'a' : 'b';
       if (i == 0 && flavour == DEFAULT_NAMESPACE) text += " xmlns=\"urn:deep\"";
-      if (i == 0 && flavour == PREFIXED) text += " xmlns:p=\"urn:p\" xmlns=\"urn:deep\"";
-      if (flavour == PREFIXED && i == marked()) text += " xmlns:q=\"urn:q\" q:k=\"half\"";
+      if (i == 0 && flavour == PREFIXED) text += " xmlns=\"urn:deep\" xmlns:p=\"urn:p\"";
+      if (flavour == PREFIXED && i == marked()) text += " q:k=\"half\" xmlns:q=\"urn:q\"";
       if (flavour == PREFIXED && i == depth - 1) text += " q:k=\"bottom\"";
       text += '>';
     }
@@ -135,8 +136,11 @@ void expectSameTree(ZQNode* a, ZQNode* b) {
     ASSERT_EQ(x->getLocalName(), y->getLocalName()) << "node " << count;
     ASSERT_EQ(x->getPrefix(), y->getPrefix()) << "node " << count;
     ASSERT_EQ(x->getNamespaceUri(), y->getNamespaceUri()) << "node " << count;
-    ASSERT_EQ(s8(x->getText()), s8(y->getText())) << "node " << count;
-    ASSERT_EQ(attributesOf(x), attributesOf(y)) << "node " << count;
+    if (x->getNodeType() == ZQNode::TEXT_NODE) {
+      ASSERT_EQ(s8(x->getText()), s8(y->getText())) << "node " << count;
+    }
+    ASSERT_EQ(x->hasAttributes(), y->hasAttributes()) << "node " << count;
+    if (x->hasAttributes()) ASSERT_EQ(attributesOf(x), attributesOf(y)) << "node " << count;
     ++count;
     x = left.nextNode();
     y = right.nextNode();
@@ -181,14 +185,15 @@ void roundTrip(Flavour flavour, bool pull) {
 
   UnicodeString saved = doc->saveXml();
   note("save");
+  // The markup read is written back word for word.
+  EXPECT_TRUE(saved ==
+              UnicodeString::fromUTF8("<?xml version=\"1.0\" encoding=\"UTF-8\"?>" + markup));
   ZQPtr<ZQDocument> again(new ZQDocument());
   again->loadXml(saved);
   note("reload");
   expectSameTree(doc.get(), again.get());
   if (testing::Test::HasFatalFailure()) return;
-  // What a save writes, it writes again after a load.
-  EXPECT_TRUE(again->saveXml() == saved);
-  note("compare+save");
+  note("compare");
   doc = nullptr;
   again = nullptr;
   note("destroy");
