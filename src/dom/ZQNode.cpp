@@ -103,8 +103,9 @@ void ZQNode::setSourceColumnNumber(int) {}
 // A position is looked for by a loop over previous siblings and parents instead of a call per
 // node, which would recurse once per node of a deep or long tree. Each node on the way is
 // still asked through its virtual getter, so that an override keeps its say; a getter that
-// falls back to the one here meets the probe below and hands the search back to the loop,
-// which goes on from that node as the fallback would have.
+// falls back to the one here (and gives its answer back as it is, as ZQElement's does) meets
+// the probe below and hands the search back to the loop, which goes on from that node as the
+// fallback would have.
 namespace {
 
 enum PositionKind { POSITION_LINE, POSITION_COLUMN };
@@ -128,11 +129,14 @@ bool takeProbe(const ZQNode* node, PositionKind kind) {
 
 // The node's own answer through its virtual getter; `deferred` when it fell back to ZQNode's.
 int askPosition(const ZQNode* node, PositionKind kind, bool& deferred) {
-  PositionProbe saved = t_positionProbe;
+  // The outer probe comes back on every way out, a getter that throws too.
+  struct Restore {
+    PositionProbe saved = t_positionProbe;
+    ~Restore() { t_positionProbe = saved; }
+  } restore;
   t_positionProbe = PositionProbe{node, kind, false};
   int value = kind == POSITION_LINE ? node->getSourceLineNumber() : node->getSourceColumnNumber();
   deferred = t_positionProbe.deferred;
-  t_positionProbe = saved;
   return value;
 }
 
@@ -144,7 +148,8 @@ int findPosition(const ZQNode* start, PositionKind kind) {
     if (const ZQNode* previous = node->getPreviousSibling()) {
       int value = askPosition(previous, kind, deferred);
       if (deferred) {
-        // The sibling's search ends at the same parent, so it is this one's too.
+        // Its own search, when it finds nothing, ends at the parent that this node would
+        // ask next: going on from the sibling gives the same answer.
         node = previous;
         continue;
       }
