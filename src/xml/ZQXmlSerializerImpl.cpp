@@ -3,6 +3,7 @@
 #include <unicode/locid.h>
 #include <unicode/utf16.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <fstream>
@@ -47,34 +48,90 @@ const UnicodeString& emptyText() { return ZQEmptyString::EMPTY_VALUE; }
 
 bool isXmlSpace(char16_t c) { return c == 0x20 || c == 0x09 || c == 0x0A || c == 0x0D; }
 
-// Puts bytes straight into the stream's buffer, as the stream's own put and write do but
-// without a sentry per byte. The first refused byte marks the stream bad, and nothing more of
-// the call is written, as with put.
+// Gathers the bytes of one write in a small buffer of its own and hands them to the stream's
+// buffer in blocks, without a sentry or a call per byte. The first refused block marks the
+// stream bad, and nothing more of the call is written, as with put.
 class ByteSink {
  public:
   explicit ByteSink(std::ostream& out) : m_out(out), m_buf(out.rdbuf()) {}
+  ByteSink(const ByteSink&) = delete;
+  ByteSink& operator=(const ByteSink&) = delete;
+
   void put(char c) {
-    if (m_failed) return;
-    if (!m_buf ||
-        std::ostream::traits_type::eq_int_type(m_buf->sputc(c), std::ostream::traits_type::eof())) {
-      fail();
+    if (m_used == kSize) drain();
+    m_bytes[m_used++] = c;
+  }
+  void write(const char* text, size_t n) {
+    if (n > kSize - m_used) {
+      drain();
+      if (n > kSize) {
+        send(text, n);
+        return;
+      }
+    }
+    std::memcpy(m_bytes + m_used, text, n);
+    m_used += n;
+  }
+  /// Code units known to be below 128, one byte each.
+  void writeNarrow(const char16_t* chars, size_t n) {
+    while (n > 0) {
+      if (m_used == kSize) drain();
+      size_t k = std::min(n, kSize - m_used);
+      char* to = m_bytes + m_used;
+      for (size_t i = 0; i < k; ++i) to[i] = static_cast<char>(chars[i]);
+      m_used += k;
+      chars += k;
+      n -= k;
     }
   }
-  void write(const char* text, std::streamsize n) {
-    if (m_failed) return;
-    if (!m_buf || m_buf->sputn(text, n) != n) fail();
+  /// Hands what is gathered to the stream; to be called before the sink goes.
+  void drain() {
+    if (m_used) send(m_bytes, m_used);
+    m_used = 0;
   }
 
  private:
-  void fail() {
-    m_failed = true;
-    m_out.setstate(std::ios::badbit);
+  static constexpr size_t kSize = 2048;
+
+  void send(const char* bytes, size_t n) {
+    if (m_failed) return;
+    const auto count = static_cast<std::streamsize>(n);
+    if (!m_buf || m_buf->sputn(bytes, count) != count) {
+      m_failed = true;
+      m_out.setstate(std::ios::badbit);
+    }
   }
 
   std::ostream& m_out;
   std::streambuf* m_buf;
   bool m_failed = false;
+  size_t m_used = 0;
+  char m_bytes[kSize];
 };
+
+// For each flags word, which characters below 128 go out as they are, one byte each: the
+// common case, copied in runs. The others take the careful road.
+struct PlainTable {
+  bool plain[32][128];
+};
+
+constexpr PlainTable makePlainTable() {
+  PlainTable table{};
+  for (int flags = 0; flags < 32; ++flags) {
+    for (int c = 0; c < 128; ++c) {
+      bool plain = c >= 32 || c == 9 || c == 10 || c == 13;
+      if (flags != 0 && (c == '&' || c == '<' || c == '>')) plain = false;
+      if ((flags & 2) && c == '"') plain = false;
+      if ((flags & 4) && c == '\'') plain = false;
+      if ((flags & 8) && (c < 32 || c == 127)) plain = false;
+      if ((flags & 16) && (c == 9 || c == 10 || c == 13)) plain = false;
+      table.plain[flags][c] = plain;
+    }
+  }
+  return table;
+}
+
+constexpr PlainTable kPlain = makePlainTable();
 
 void putReference(ByteSink& out, UChar32 c) {
   char buffer[16];
@@ -90,7 +147,7 @@ void putReference(ByteSink& out, UChar32 c) {
   } while (value != 0);
   while (count > 0) buffer[n++] = digits[--count];
   buffer[n++] = ';';
-  out.write(buffer, n);
+  out.write(buffer, static_cast<size_t>(n));
 }
 
 }  // namespace
@@ -567,7 +624,8 @@ void ZQXmlSerializerImpl::setGenerator(const UnicodeString& text) { m_generator 
 void ZQXmlSerializerImpl::writeAscii(const char* text) {
   checkStream();
   ByteSink out(*m_output);
-  out.write(text, static_cast<std::streamsize>(std::strlen(text)));
+  out.write(text, std::strlen(text));
+  out.drain();
 }
 
 void ZQXmlSerializerImpl::writeQName(ZQName prefix, ZQName localName) {
@@ -597,7 +655,16 @@ void ZQXmlSerializerImpl::writeChars(const char16_t* chars, int length, int flag
   if (!chars || length <= 0) return;
   ByteSink out(*m_output);
   const bool asciiOnly = m_outputEncoding != OUTPUT_UTF8;
+  const bool* plain = kPlain.plain[flags & 31];
   for (int i = 0; i < length; ++i) {
+    // A run that needs no escaping and no encoding is copied in one go.
+    int end = i;
+    while (end < length && chars[end] < 128 && plain[chars[end]]) ++end;
+    if (end > i) {
+      out.writeNarrow(chars + i, static_cast<size_t>(end - i));
+      i = end;
+      if (i == length) break;
+    }
     const char16_t c = chars[i];
     if (flags != 0) {
       if (c == u'&') {
@@ -651,6 +718,7 @@ void ZQXmlSerializerImpl::writeChars(const char16_t* chars, int length, int flag
       out.put(static_cast<char>(0x80 | (cp & 0x3F)));
     }
   }
+  out.drain();
 }
 
 }  // namespace ZQCommonNS
