@@ -1,6 +1,7 @@
 // The document's writer: every save form drives the serializer the same way, through doSave.
 #include <sstream>
 #include <string>
+#include <typeinfo>
 
 #include "common/ZQDocument.h"
 #include "common/ZQElement.h"
@@ -168,6 +169,17 @@ void ZQDocument::saveAttributes(ZQNode* node) {
   if (!attributes) return;
   ZQXmlSerializer* serializer = getSerializer();
   for (ZQNode* attr = attributes->getFirstNode(); attr; attr = attributes->getNextNode(attr)) {
+    // A string in an attribute of the library's own class is written from where it lies:
+    // the copy that getNodeValue makes would cost an allocation per attribute.
+    const std::type_info& type = typeid(*attr);
+    if (type == typeid(AttrNS) || type == typeid(Attr)) {
+      const ZQNamedValue& stored = static_cast<const Attr*>(attr)->storedValue();
+      if (stored.isString()) {
+        serializer->attribute(attr->getNamespaceUri(), attr->getPrefix(), attr->getLocalName(),
+                              stored.toValueText());
+        continue;
+      }
+    }
     ZQValue value = attr->getNodeValue();
     if (value.isNull()) continue;
     ZQName uri = attr->getNamespaceUri();

@@ -2,6 +2,7 @@
 // cloning.
 #include "common/ZQElement.h"
 
+#include <typeinfo>
 #include <vector>
 
 #include "common/ZQDocument.h"
@@ -142,6 +143,22 @@ void ZQElement::setAttributeNS(ZQName uri, ZQName qname, const ZQValue& value) {
 
 void ZQElement::setAttributeEx(ZQName uri, ZQName prefix, ZQName localName,
                                const UnicodeString& text) {
+  // The library's own element classes keep setAttributeNS as it is here, so a new attribute
+  // of the library's own class may take the string over instead of a copy of it: the loader
+  // sets every attribute this way.
+  const std::type_info& type = typeid(*this);
+  if ((type == typeid(ElementNS) || type == typeid(Element)) && m_attributes && m_ownerDocument &&
+      m_attributes->getNamedItemNS(uri, localName) == nullptr) {
+    ZQPtr<ZQAttr> created = m_ownerDocument->createAttributeNS(uri, prefix, localName);
+    if (!created) return;
+    m_attributes->appendNew(created.get());
+    const std::type_info& attrType = typeid(*created);
+    if (attrType == typeid(AttrNS) || attrType == typeid(Attr))
+      static_cast<Attr*>(created.get())->takeValue(stringValue(text));
+    else
+      created->setValue(stringValue(text));
+    return;
+  }
   setAttributeNS(uri, prefix, localName, stringValue(text));
 }
 
