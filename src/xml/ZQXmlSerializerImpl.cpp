@@ -92,14 +92,26 @@ class ByteSink {
 
  private:
   static constexpr size_t kSize = 2048;
+  static constexpr size_t kShort = 48;
 
   void send(const char* bytes, size_t n) {
     if (m_failed) return;
-    const auto count = static_cast<std::streamsize>(n);
-    if (!m_buf || m_buf->sputn(bytes, count) != count) {
-      m_failed = true;
-      m_out.setstate(std::ios::badbit);
+    if (!m_buf) return fail();
+    if (n <= kShort) {
+      // A few bytes go in through the inline put: a block call costs more than it saves.
+      for (size_t i = 0; i < n; ++i) {
+        if (std::ostream::traits_type::eq_int_type(m_buf->sputc(bytes[i]),
+                                                   std::ostream::traits_type::eof()))
+          return fail();
+      }
+      return;
     }
+    const auto count = static_cast<std::streamsize>(n);
+    if (m_buf->sputn(bytes, count) != count) fail();
+  }
+  void fail() {
+    m_failed = true;
+    m_out.setstate(std::ios::badbit);
   }
 
   std::ostream& m_out;
@@ -148,6 +160,87 @@ void putReference(ByteSink& out, UChar32 c) {
   while (count > 0) buffer[n++] = digits[--count];
   buffer[n++] = ';';
   out.write(buffer, static_cast<size_t>(n));
+}
+
+// Escapes and encodes `length` code units into `out`, as told by `flags`.
+void appendChars(ByteSink& out, const char16_t* chars, int length, int flags, bool asciiOnly) {
+  if (!chars || length <= 0) return;
+  const bool* plain = kPlain.plain[flags & 31];
+  for (int i = 0; i < length; ++i) {
+    // A run that needs no escaping and no encoding is copied in one go.
+    int end = i;
+    while (end < length && chars[end] < 128 && plain[chars[end]]) ++end;
+    if (end > i) {
+      out.writeNarrow(chars + i, static_cast<size_t>(end - i));
+      i = end;
+      if (i == length) break;
+    }
+    const char16_t c = chars[i];
+    if (flags != 0) {
+      if (c == u'&') {
+        out.write("&amp;", 5);
+        continue;
+      }
+      if (c == u'<') {
+        out.write("&lt;", 4);
+        continue;
+      }
+      if (c == u'>') {
+        out.write("&gt;", 4);
+        continue;
+      }
+      if ((flags & ZQXmlSerializerImpl::ESCAPE_QUOTE) && c == u'"') {
+        out.write("&quot;", 6);
+        continue;
+      }
+      if (((flags & ZQXmlSerializerImpl::ESCAPE_APOSTROPHE) && c == u'\'') ||
+          ((flags & ZQXmlSerializerImpl::ESCAPE_CONTROLS) && (c < 32 || c == 127)) ||
+          ((flags & ZQXmlSerializerImpl::ESCAPE_LINE_BREAKS) && (c == 9 || c == 10 || c == 13))) {
+        putReference(out, c);
+        continue;
+      }
+    }
+    if (c < 128) {
+      // Other controls can't be written in XML 1.0 at all; they are dropped.
+      if (c < 32 && c != 9 && c != 10 && c != 13) continue;
+      out.put(static_cast<char>(c));
+      continue;
+    }
+    UChar32 cp = c;
+    if (U16_IS_LEAD(c) && i + 1 < length && U16_IS_TRAIL(chars[i + 1])) {
+      cp = U16_GET_SUPPLEMENTARY(c, chars[i + 1]);
+      ++i;
+    }
+    if (asciiOnly) {
+      putReference(out, cp);
+    } else if (cp < 0x800) {
+      out.put(static_cast<char>(0xC0 | (cp >> 6)));
+      out.put(static_cast<char>(0x80 | (cp & 0x3F)));
+    } else if (cp < 0x10000) {
+      // A lone surrogate takes this road too, as three bytes of its own.
+      out.put(static_cast<char>(0xE0 | (cp >> 12)));
+      out.put(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
+      out.put(static_cast<char>(0x80 | (cp & 0x3F)));
+    } else {
+      out.put(static_cast<char>(0xF0 | (cp >> 18)));
+      out.put(static_cast<char>(0x80 | ((cp >> 12) & 0x3F)));
+      out.put(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
+      out.put(static_cast<char>(0x80 | (cp & 0x3F)));
+    }
+  }
+}
+
+void appendText(ByteSink& out, const UnicodeString& text, int flags, bool asciiOnly) {
+  appendChars(out, text.getBuffer(), text.length(), flags, asciiOnly);
+}
+
+// A qualified name as written in markup: "prefix:local", or the local name alone.
+void appendQName(ByteSink& out, ZQName prefix, ZQName localName, bool asciiOnly) {
+  if (!prefix.isEmpty()) {
+    appendText(out, prefix.toString(), 0, asciiOnly);
+    out.put(':');
+  }
+  appendText(out, localName.toString(), 0, asciiOnly);
 }
 
 }  // namespace
@@ -401,8 +494,7 @@ ZQXmlSerializer* ZQXmlSerializerImpl::startTagSub(ZQName ns, ZQName prefix, ZQNa
   entry.localName = localName;
   // The context belongs to its element now, whatever the write below does.
   m_state = STATE_START_TAG_OPEN;
-  writeAscii("<");
-  writeQName(prefix, localName);
+  writeMarkupName("<", prefix, localName, "");
   return this;
 }
 
@@ -525,9 +617,7 @@ ZQXmlSerializer* ZQXmlSerializerImpl::endTag(ZQName ns, ZQName localName) {
   if (m_state == STATE_START_TAG_OPEN || m_state == STATE_ATTRIBUTES_WRITTEN) {
     finishStartTag(true);
   } else {
-    writeAscii("</");
-    writeQName(open.prefix, open.localName);
-    writeAscii(">");
+    writeMarkupName("</", open.prefix, open.localName, ">");
     m_state = STATE_END_TAG_WRITTEN;
   }
   m_namespaces->popContext();
@@ -628,21 +718,29 @@ void ZQXmlSerializerImpl::writeAscii(const char* text) {
   out.drain();
 }
 
-void ZQXmlSerializerImpl::writeQName(ZQName prefix, ZQName localName) {
-  if (!prefix.isEmpty()) {
-    writeText(prefix.toString(), 0);
-    writeAscii(":");
-  }
-  writeText(localName.toString(), 0);
+void ZQXmlSerializerImpl::writeMarkupName(const char* before, ZQName prefix, ZQName localName,
+                                          const char* after) {
+  checkStream();
+  ByteSink out(*m_output);
+  const bool asciiOnly = m_outputEncoding != OUTPUT_UTF8;
+  out.write(before, std::strlen(before));
+  appendQName(out, prefix, localName, asciiOnly);
+  out.write(after, std::strlen(after));
+  out.drain();
 }
 
 void ZQXmlSerializerImpl::writeAttribute(ZQName prefix, ZQName localName,
                                          const UnicodeString& value) {
-  writeAscii(" ");
-  writeQName(prefix, localName);
-  writeAscii("=\"");
-  writeText(value, ATTRIBUTE_FLAGS);
-  writeAscii("\"");
+  // One gathering for the whole attribute: its pieces are small.
+  checkStream();
+  ByteSink out(*m_output);
+  const bool asciiOnly = m_outputEncoding != OUTPUT_UTF8;
+  out.put(' ');
+  appendQName(out, prefix, localName, asciiOnly);
+  out.write("=\"", 2);
+  appendText(out, value, ATTRIBUTE_FLAGS, asciiOnly);
+  out.put('"');
+  out.drain();
 }
 
 void ZQXmlSerializerImpl::writeText(const UnicodeString& text, int flags) {
@@ -654,70 +752,7 @@ void ZQXmlSerializerImpl::writeChars(const char16_t* chars, int length, int flag
   checkStream();
   if (!chars || length <= 0) return;
   ByteSink out(*m_output);
-  const bool asciiOnly = m_outputEncoding != OUTPUT_UTF8;
-  const bool* plain = kPlain.plain[flags & 31];
-  for (int i = 0; i < length; ++i) {
-    // A run that needs no escaping and no encoding is copied in one go.
-    int end = i;
-    while (end < length && chars[end] < 128 && plain[chars[end]]) ++end;
-    if (end > i) {
-      out.writeNarrow(chars + i, static_cast<size_t>(end - i));
-      i = end;
-      if (i == length) break;
-    }
-    const char16_t c = chars[i];
-    if (flags != 0) {
-      if (c == u'&') {
-        out.write("&amp;", 5);
-        continue;
-      }
-      if (c == u'<') {
-        out.write("&lt;", 4);
-        continue;
-      }
-      if (c == u'>') {
-        out.write("&gt;", 4);
-        continue;
-      }
-      if ((flags & ESCAPE_QUOTE) && c == u'"') {
-        out.write("&quot;", 6);
-        continue;
-      }
-      if (((flags & ESCAPE_APOSTROPHE) && c == u'\'') ||
-          ((flags & ESCAPE_CONTROLS) && (c < 32 || c == 127)) ||
-          ((flags & ESCAPE_LINE_BREAKS) && (c == 9 || c == 10 || c == 13))) {
-        putReference(out, c);
-        continue;
-      }
-    }
-    if (c < 128) {
-      // Other controls can't be written in XML 1.0 at all; they are dropped.
-      if (c < 32 && c != 9 && c != 10 && c != 13) continue;
-      out.put(static_cast<char>(c));
-      continue;
-    }
-    UChar32 cp = c;
-    if (U16_IS_LEAD(c) && i + 1 < length && U16_IS_TRAIL(chars[i + 1])) {
-      cp = U16_GET_SUPPLEMENTARY(c, chars[i + 1]);
-      ++i;
-    }
-    if (asciiOnly) {
-      putReference(out, cp);
-    } else if (cp < 0x800) {
-      out.put(static_cast<char>(0xC0 | (cp >> 6)));
-      out.put(static_cast<char>(0x80 | (cp & 0x3F)));
-    } else if (cp < 0x10000) {
-      // A lone surrogate takes this road too, as three bytes of its own.
-      out.put(static_cast<char>(0xE0 | (cp >> 12)));
-      out.put(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
-      out.put(static_cast<char>(0x80 | (cp & 0x3F)));
-    } else {
-      out.put(static_cast<char>(0xF0 | (cp >> 18)));
-      out.put(static_cast<char>(0x80 | ((cp >> 12) & 0x3F)));
-      out.put(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
-      out.put(static_cast<char>(0x80 | (cp & 0x3F)));
-    }
-  }
+  appendChars(out, chars, length, flags, m_outputEncoding != OUTPUT_UTF8);
   out.drain();
 }
 

@@ -131,7 +131,7 @@ class ZQCOMMON_API ZQXmlSerializerImpl : public ZQXmlSerializer {
   void writeAscii(const char* text);
   void writeText(const UnicodeString& text, int flags);
   void writeChars(const char16_t* chars, int length, int flags);
-  void writeQName(ZQName prefix, ZQName localName);
+  void writeMarkupName(const char* before, ZQName prefix, ZQName localName, const char* after);
   void writeAttribute(ZQName prefix, ZQName localName, const UnicodeString& value);
 
   int m_state;
