@@ -1,7 +1,6 @@
 // The document's writer: every save form drives the serializer the same way, through doSave.
 #include <sstream>
 #include <string>
-#include <typeinfo>
 
 #include "common/ZQDocument.h"
 #include "common/ZQElement.h"
@@ -9,6 +8,7 @@
 #include "common/ZQNodeList.h"
 #include "common/ZQXmlUtil.h"
 #include "core/ZQCommonError.h"
+#include "dom/ZQDomClasses.h"
 
 namespace ZQCommonNS {
 
@@ -171,8 +171,7 @@ void ZQDocument::saveAttributes(ZQNode* node) {
   for (ZQNode* attr = attributes->getFirstNode(); attr; attr = attributes->getNextNode(attr)) {
     // A string in an attribute of the library's own class is written from where it lies:
     // the copy that getNodeValue makes would cost an allocation per attribute.
-    const std::type_info& type = typeid(*attr);
-    if (type == typeid(AttrNS) || type == typeid(Attr)) {
+    if (isLibraryAttr(attr)) {
       const ZQNamedValue& stored = static_cast<const Attr*>(attr)->storedValue();
       if (stored.isString()) {
         serializer->attribute(attr->getNamespaceUri(), attr->getPrefix(), attr->getLocalName(),

@@ -2,13 +2,13 @@
 // cloning.
 #include "common/ZQElement.h"
 
-#include <typeinfo>
 #include <vector>
 
 #include "common/ZQDocument.h"
 #include "common/ZQUri.h"
 #include "common/ZQXmlUtil.h"
 #include "core/ZQCommonError.h"
+#include "dom/ZQDomClasses.h"
 
 namespace ZQCommonNS {
 
@@ -146,14 +146,12 @@ void ZQElement::setAttributeEx(ZQName uri, ZQName prefix, ZQName localName,
   // The library's own element classes keep setAttributeNS as it is here, so a new attribute
   // of the library's own class may take the string over instead of a copy of it: the loader
   // sets every attribute this way.
-  const std::type_info& type = typeid(*this);
-  if ((type == typeid(ElementNS) || type == typeid(Element)) && m_attributes && m_ownerDocument &&
+  if (isLibraryElement(this) && m_attributes && m_ownerDocument &&
       m_attributes->getNamedItemNS(uri, localName) == nullptr) {
     ZQPtr<ZQAttr> created = m_ownerDocument->createAttributeNS(uri, prefix, localName);
     if (!created) return;
     m_attributes->appendNew(created.get());
-    const std::type_info& attrType = typeid(*created);
-    if (attrType == typeid(AttrNS) || attrType == typeid(Attr))
+    if (isLibraryAttr(created.get()))
       static_cast<Attr*>(created.get())->takeValue(stringValue(text));
     else
       created->setValue(stringValue(text));
