@@ -53,7 +53,9 @@ bool isXmlSpace(char16_t c) { return c == 0x20 || c == 0x09 || c == 0x0A || c ==
 // stream bad, and nothing more of the call is written, as with put.
 class ByteSink {
  public:
-  explicit ByteSink(std::ostream& out) : m_out(out), m_buf(out.rdbuf()) {}
+  explicit ByteSink(std::ostream& out) : m_out(&out), m_buf(out.rdbuf()) {}
+  /// Gathers into `text` instead of a stream.
+  explicit ByteSink(std::string& text) : m_out(nullptr), m_buf(nullptr), m_text(&text) {}
   ByteSink(const ByteSink&) = delete;
   ByteSink& operator=(const ByteSink&) = delete;
 
@@ -95,6 +97,10 @@ class ByteSink {
   static constexpr size_t kShort = 48;
 
   void send(const char* bytes, size_t n) {
+    if (m_text) {
+      m_text->append(bytes, n);
+      return;
+    }
     if (m_failed) return;
     if (!m_buf) return fail();
     if (n <= kShort) {
@@ -111,11 +117,12 @@ class ByteSink {
   }
   void fail() {
     m_failed = true;
-    m_out.setstate(std::ios::badbit);
+    if (m_out) m_out->setstate(std::ios::badbit);
   }
 
-  std::ostream& m_out;
+  std::ostream* m_out;
   std::streambuf* m_buf;
+  std::string* m_text = nullptr;
   bool m_failed = false;
   size_t m_used = 0;
   char m_bytes[kSize];
@@ -235,12 +242,12 @@ void appendText(ByteSink& out, const UnicodeString& text, int flags, bool asciiO
 }
 
 // A qualified name as written in markup: "prefix:local", or the local name alone.
-void appendQName(ByteSink& out, ZQName prefix, ZQName localName, bool asciiOnly) {
-  if (!prefix.isEmpty()) {
-    appendText(out, prefix.toString(), 0, asciiOnly);
+void appendQName(ByteSink& out, const std::string* prefix, const std::string& localName) {
+  if (prefix) {
+    out.write(prefix->data(), prefix->size());
     out.put(':');
   }
-  appendText(out, localName.toString(), 0, asciiOnly);
+  out.write(localName.data(), localName.size());
 }
 
 }  // namespace
@@ -309,6 +316,7 @@ void ZQXmlSerializerImpl::reset() {
     m_namespaces->popToBase();
   }
   m_pendingAttributes.clear();
+  m_nameBytes.clear();
   m_output = nullptr;
   m_state = STATE_RESET;
 }
@@ -718,13 +726,34 @@ void ZQXmlSerializerImpl::writeAscii(const char* text) {
   out.drain();
 }
 
+const std::string& ZQXmlSerializerImpl::nameBytes(ZQName name, int spare) {
+  // Names repeat all through a document: each is encoded once per output, which also spares
+  // the name table's lock on every look-up of a run-time name.
+  const bool asciiOnly = m_outputEncoding != OUTPUT_UTF8;
+  if (asciiOnly != m_nameBytesAscii) {
+    m_nameBytes.clear();
+    m_nameBytesAscii = asciiOnly;
+  }
+  const auto index = static_cast<size_t>(static_cast<ZQNameEnum>(name));
+  std::string* bytes = &m_nameSpare[spare & 1];
+  if (index < kNameCacheLimit) {
+    if (index >= m_nameBytes.size()) m_nameBytes.resize(index + 1);
+    bytes = &m_nameBytes[index];
+    if (!bytes->empty()) return *bytes;
+  }
+  bytes->clear();
+  ByteSink out(*bytes);
+  appendText(out, name.toString(), 0, asciiOnly);
+  out.drain();
+  return *bytes;
+}
+
 void ZQXmlSerializerImpl::writeMarkupName(const char* before, ZQName prefix, ZQName localName,
                                           const char* after) {
   checkStream();
   ByteSink out(*m_output);
-  const bool asciiOnly = m_outputEncoding != OUTPUT_UTF8;
   out.write(before, std::strlen(before));
-  appendQName(out, prefix, localName, asciiOnly);
+  appendQName(out, prefix.isEmpty() ? nullptr : &nameBytes(prefix, 0), nameBytes(localName, 1));
   out.write(after, std::strlen(after));
   out.drain();
 }
@@ -736,7 +765,7 @@ void ZQXmlSerializerImpl::writeAttribute(ZQName prefix, ZQName localName,
   ByteSink out(*m_output);
   const bool asciiOnly = m_outputEncoding != OUTPUT_UTF8;
   out.put(' ');
-  appendQName(out, prefix, localName, asciiOnly);
+  appendQName(out, prefix.isEmpty() ? nullptr : &nameBytes(prefix, 0), nameBytes(localName, 1));
   out.write("=\"", 2);
   appendText(out, value, ATTRIBUTE_FLAGS, asciiOnly);
   out.put('"');
