@@ -241,6 +241,10 @@ void appendText(ByteSink& out, const UnicodeString& text, int flags, bool asciiO
   appendChars(out, text.getBuffer(), text.length(), flags, asciiOnly);
 }
 
+ByteSink sinkFor(std::string& pending, std::ostream& stream, bool owned) {
+  return owned ? ByteSink(pending) : ByteSink(stream);
+}
+
 // A qualified name as written in markup: "prefix:local", or the local name alone.
 void appendQName(ByteSink& out, const std::string* prefix, const std::string& localName) {
   if (prefix) {
@@ -251,6 +255,27 @@ void appendQName(ByteSink& out, const std::string* prefix, const std::string& lo
 }
 
 }  // namespace
+
+// Into a file of its own the serializer writes through m_pending, handed to the file in large
+// blocks: nobody else can see that stream before it is flushed or closed. A caller's stream
+// gets every write at once, as it is made.
+void ZQXmlSerializerImpl::wrote() {
+  if (m_pending.size() >= kPendingLimit) flushPending();
+}
+
+void ZQXmlSerializerImpl::flushPending() noexcept {
+  if (m_pending.empty()) return;
+  try {
+    if (m_output && m_output->good()) {
+      ByteSink out(*m_output);
+      out.write(m_pending.data(), m_pending.size());
+      out.drain();
+    }
+  } catch (...) {
+    // A stream that throws on failure keeps its state; the next write reports it.
+  }
+  m_pending.clear();
+}
 
 ZQXmlSerializerImpl::ZQXmlSerializerImpl()
     : m_state(STATE_RESET),
@@ -317,11 +342,13 @@ void ZQXmlSerializerImpl::reset() {
   }
   m_pendingAttributes.clear();
   m_nameBytes.clear();
+  m_pending.clear();
   m_output = nullptr;
   m_state = STATE_RESET;
 }
 
 void ZQXmlSerializerImpl::endOutput() {
+  flushPending();
   if (m_output) {
     m_output->flush();
     if (m_ownsOutput) {
@@ -710,6 +737,7 @@ void ZQXmlSerializerImpl::ignorableWhitespace(const UnicodeString& text) {
 
 void ZQXmlSerializerImpl::flush() {
   checkStream();
+  flushPending();
   m_output->flush();
   // A flush that fails is as much a failure of the output as a failed write.
   checkStream();
@@ -721,9 +749,10 @@ void ZQXmlSerializerImpl::setGenerator(const UnicodeString& text) { m_generator 
 
 void ZQXmlSerializerImpl::writeAscii(const char* text) {
   checkStream();
-  ByteSink out(*m_output);
+  ByteSink out = sinkFor(m_pending, *m_output, m_ownsOutput);
   out.write(text, std::strlen(text));
   out.drain();
+  wrote();
 }
 
 const std::string& ZQXmlSerializerImpl::nameBytes(ZQName name, int spare) {
@@ -751,18 +780,19 @@ const std::string& ZQXmlSerializerImpl::nameBytes(ZQName name, int spare) {
 void ZQXmlSerializerImpl::writeMarkupName(const char* before, ZQName prefix, ZQName localName,
                                           const char* after) {
   checkStream();
-  ByteSink out(*m_output);
+  ByteSink out = sinkFor(m_pending, *m_output, m_ownsOutput);
   out.write(before, std::strlen(before));
   appendQName(out, prefix.isEmpty() ? nullptr : &nameBytes(prefix, 0), nameBytes(localName, 1));
   out.write(after, std::strlen(after));
   out.drain();
+  wrote();
 }
 
 void ZQXmlSerializerImpl::writeAttribute(ZQName prefix, ZQName localName,
                                          const UnicodeString& value) {
   // One gathering for the whole attribute: its pieces are small.
   checkStream();
-  ByteSink out(*m_output);
+  ByteSink out = sinkFor(m_pending, *m_output, m_ownsOutput);
   const bool asciiOnly = m_outputEncoding != OUTPUT_UTF8;
   out.put(' ');
   appendQName(out, prefix.isEmpty() ? nullptr : &nameBytes(prefix, 0), nameBytes(localName, 1));
@@ -770,6 +800,7 @@ void ZQXmlSerializerImpl::writeAttribute(ZQName prefix, ZQName localName,
   appendText(out, value, ATTRIBUTE_FLAGS, asciiOnly);
   out.put('"');
   out.drain();
+  wrote();
 }
 
 void ZQXmlSerializerImpl::writeText(const UnicodeString& text, int flags) {
@@ -780,9 +811,10 @@ void ZQXmlSerializerImpl::writeText(const UnicodeString& text, int flags) {
 void ZQXmlSerializerImpl::writeChars(const char16_t* chars, int length, int flags) {
   checkStream();
   if (!chars || length <= 0) return;
-  ByteSink out(*m_output);
+  ByteSink out = sinkFor(m_pending, *m_output, m_ownsOutput);
   appendChars(out, chars, length, flags, m_outputEncoding != OUTPUT_UTF8);
   out.drain();
+  wrote();
 }
 
 }  // namespace ZQCommonNS

@@ -135,6 +135,8 @@ class ZQCOMMON_API ZQXmlSerializerImpl : public ZQXmlSerializer {
   void writeChars(const char16_t* chars, int length, int flags);
   void writeMarkupName(const char* before, ZQName prefix, ZQName localName, const char* after);
   const std::string& nameBytes(ZQName name, int spare);
+  void wrote();
+  void flushPending() noexcept;
   void writeAttribute(ZQName prefix, ZQName localName, const UnicodeString& value);
 
   int m_state;
@@ -157,6 +159,9 @@ class ZQCOMMON_API ZQXmlSerializerImpl : public ZQXmlSerializer {
   std::deque<std::string> m_nameBytes;
   bool m_nameBytesAscii = false;
   std::string m_nameSpare[2];
+  // Bytes bound for an output file of the serializer's own, handed over in large blocks.
+  static constexpr size_t kPendingLimit = 65536;
+  std::string m_pending;
 };
 
 }  // namespace ZQCommonNS
