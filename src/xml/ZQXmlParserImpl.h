@@ -217,6 +217,15 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
     }
     return readCharSlow();
   }
+  /// The plain bytes waiting in the stream buffer, for the scans that take runs of them at
+  /// once; false when the next character must come through readChar (pushback, a pending
+  /// decoded character, a multi-byte encoding, a stream not good). Defined in ZQXmlScanText.h.
+  inline bool bulkBytes(const unsigned char*& begin, const unsigned char*& end);
+  /// bulkBytes whatever waits in the one-character slot.
+  inline bool bulkWindow(const unsigned char*& begin, const unsigned char*& end);
+  /// Takes `count` bytes from bulkBytes as read: line and column move as readChar would have
+  /// moved them.
+  inline void takeBulk(const unsigned char* bytes, size_t count);
   /// readChar for everything but the plain case: pushback text, other encodings, line ends,
   /// the character test and the end of an input.
   UChar32 readCharSlow();
@@ -273,6 +282,13 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   /// lookup(prefix) at a start tag whose context was just pushed; the default namespace is
   /// taken from the parent's remembered one instead of a walk up the whole stack.
   ZQName lookupAtStartTag(ZQName prefix);
+  /// The common attribute ` name="plain value"` (prefix allowed) read whole from the stream
+  /// buffer; false, with nothing taken, when anything about it needs the general path.
+  bool readPlainAttribute(ZQXmlAttribute& attribute);
+  /// An attribute by the general path, its leading whitespace read already.
+  void readAttributeSlowly(ZQXmlAttribute& attribute);
+  /// The name for ASCII bytes, or 0 when it is too long for the cache of names.
+  ZQName internBytes(const unsigned char* bytes, size_t length);
   /// A name with an optional prefix; false when no (local) name could be read.
   bool readQName(ZQName& prefix, ZQName& local);
   /// Value of a literal; `mode` 0..4 decides quoting and references.

@@ -271,6 +271,15 @@ int ZQXmlParserImpl::peekToken() {
 
 bool ZQXmlParserImpl::skipSpaces() {
   bool any = false;
+  const unsigned char* begin;
+  const unsigned char* end;
+  if (bulkBytes(begin, end)) {
+    size_t run = xmlscan::byteRun(begin, end, xmlscan::BYTE_SPACE);
+    if (run > 0) {
+      takeBulk(begin, run);
+      any = true;
+    }
+  }
   UChar32 c;
   while (isSpace(c = readChar())) any = true;
   if (c != kEnd) unreadChar(c);
@@ -296,46 +305,23 @@ void ZQXmlParserImpl::parseStartTag() {
   m_defaultNamespaces[depth - 1].valid = false;
 
   for (;;) {
-    bool spaced = skipSpaces();
-    UChar32 c = peekChar();
-    if (c == '>' || c == '/' || c == kEnd) break;
-    // Without whitespace the loop ends, so that a missing separator is reported below.
-    if (!spaced && !isHTMLSyntax()) break;
-    ZQXmlAttribute attribute;
+    // Built in place, its value taking the buffer of an earlier tag's value.
+    ZQXmlAttribute& attribute = m_attributes.emplace_back();
     if (!m_spareValues.empty()) {
       attribute.value = std::move(m_spareValues.back());
       m_spareValues.pop_back();
       attribute.value.remove();
     }
-    ZQName name = readName();
-    if (name.isEmpty()) {
-      UnicodeString bad = readLiteral(4);
-      throwError(189, bad, UnicodeString());
-    } else {
-      c = readChar();
-      if (c == ':') {
-        attribute.prefix = name;
-        attribute.localName = readName();
-        if (attribute.localName.isEmpty())
-          throwError(137, UnicodeString(name.toString()).append(u':'), UnicodeString());
-      } else {
-        if (c != kEnd) unreadChar(c);
-        attribute.localName = name;
+    if (!readPlainAttribute(attribute)) {
+      bool spaced = skipSpaces();
+      UChar32 c = peekChar();
+      // Without whitespace the loop ends, so that a missing separator is reported below.
+      if (c == '>' || c == '/' || c == kEnd || (!spaced && !isHTMLSyntax())) {
+        m_spareValues.push_back(std::move(attribute.value));
+        m_attributes.pop_back();
+        break;
       }
-    }
-    skipSpaces();
-    c = readChar();
-    if (c == '=') {
-      skipSpaces();
-      readLiteral(1, attribute.value);
-    } else {
-      if (c != kEnd) unreadChar(c);
-      // HTML takes an attribute without "=" as empty.
-      if (!isHTMLSyntax()) {
-        throwError(138, UnicodeString(), UnicodeString());
-        skipSpaces();
-        readLiteral(1, attribute.value);
-      }
+      readAttributeSlowly(attribute);
     }
     if (attribute.prefix == ZQN_xmlns) {
       if (!attribute.localName.isEmpty())
@@ -346,7 +332,6 @@ void ZQXmlParserImpl::parseStartTag() {
       m_namespaces->declare(ZQName(), ZQName(attribute.value));
       attribute.namespaceUri = ZQN_NS_XMLNS;
     }
-    m_attributes.push_back(std::move(attribute));
   }
 
   UChar32 c = readChar();
@@ -413,6 +398,42 @@ void ZQXmlParserImpl::parseStartTag() {
         throwError(136, qualifiedName(attribute.prefix, attribute.localName), UnicodeString());
         break;
       }
+    }
+  }
+}
+
+// One attribute character by character, errors and HTML forms included; the whitespace
+// before it is read.
+void ZQXmlParserImpl::readAttributeSlowly(ZQXmlAttribute& attribute) {
+  UChar32 c;
+  ZQName name = readName();
+  if (name.isEmpty()) {
+    UnicodeString bad = readLiteral(4);
+    throwError(189, bad, UnicodeString());
+  } else {
+    c = readChar();
+    if (c == ':') {
+      attribute.prefix = name;
+      attribute.localName = readName();
+      if (attribute.localName.isEmpty())
+        throwError(137, UnicodeString(name.toString()).append(u':'), UnicodeString());
+    } else {
+      if (c != kEnd) unreadChar(c);
+      attribute.localName = name;
+    }
+  }
+  skipSpaces();
+  c = readChar();
+  if (c == '=') {
+    skipSpaces();
+    readLiteral(1, attribute.value);
+  } else {
+    if (c != kEnd) unreadChar(c);
+    // HTML takes an attribute without "=" as empty.
+    if (!isHTMLSyntax()) {
+      throwError(138, UnicodeString(), UnicodeString());
+      skipSpaces();
+      readLiteral(1, attribute.value);
     }
   }
 }
@@ -493,6 +514,19 @@ void ZQXmlParserImpl::parseText() {
   // The depth stays put while text is read; asked once, not per character.
   const bool topLevel = getDepth() == 0;
   for (;;) {
+    // Inside an element plain ASCII text needs no look: it goes in by runs straight from
+    // the stream buffer.
+    const unsigned char* begin;
+    const unsigned char* end;
+    if (!topLevel && bulkBytes(begin, end)) {
+      size_t run = xmlscan::byteRun(begin, end, xmlscan::BYTE_TEXT);
+      if (run > 0) {
+        text.flush();
+        xmlscan::appendBytes(m_textBuffer, begin, run);
+        takeBulk(begin, run);
+        if (begin + run == end) continue;
+      }
+    }
     UChar32 c = readChar();
     if (c == kEnd) break;
     if (c == '&') {

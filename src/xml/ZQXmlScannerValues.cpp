@@ -47,6 +47,20 @@ ZQName ZQXmlParserImpl::readName() {
   int length = 0;
   UnicodeString longText;  // only for names too long for the cache
   do {
+    // The rest of an ASCII name is taken by a run from the stream buffer; the character
+    // that ends it is read below, as one at a time would.
+    const unsigned char* begin;
+    const unsigned char* end;
+    if (length >= 0 && bulkBytes(begin, end)) {
+      size_t run = xmlscan::byteRun(begin, end, xmlscan::BYTE_NAME);
+      if (run > 0 && c <= 0xFFFF && static_cast<size_t>(length) + 1 + run + 2 <= kNameCacheKeyMax) {
+        buffer[length++] = static_cast<char16_t>(c);
+        for (size_t i = 0; i < run; ++i) buffer[length++] = begin[i];
+        takeBulk(begin, run);
+        c = readChar();
+        continue;
+      }
+    }
     if (length >= 0 && length + 2 <= kNameCacheKeyMax) {
       if (c <= 0xFFFF) {
         buffer[length++] = static_cast<char16_t>(c);
@@ -81,6 +95,69 @@ ZQName ZQXmlParserImpl::internName(const char16_t* text, int length) {
   slot.length = length;
   slot.name = name;
   return name;
+}
+
+ZQName ZQXmlParserImpl::internBytes(const unsigned char* bytes, size_t length) {
+  if (length > static_cast<size_t>(kNameCacheKeyMax)) return ZQName();
+  char16_t text[kNameCacheKeyMax];
+  for (size_t i = 0; i < length; ++i) text[i] = bytes[i];
+  return internName(text, static_cast<int>(length));
+}
+
+bool ZQXmlParserImpl::readPlainAttribute(ZQXmlAttribute& attribute) {
+  using xmlscan::byteRun;
+  UChar32 pushed = m_pushedChar;
+  // A space that a name left in the slot counts as the separator; it has been counted.
+  if (pushed != END_OF_INPUT && pushed != ' ' && pushed != '\n' && pushed != '\t') return false;
+  const unsigned char* begin;
+  const unsigned char* end;
+  if (!bulkWindow(begin, end)) return false;
+  const unsigned char* p = begin;
+  p += byteRun(p, end, xmlscan::BYTE_SPACE);
+  if (pushed == END_OF_INPUT && p == begin) return false;
+  auto name = [&p, end](const unsigned char*& start, size_t& length) {
+    if (p == end || !(xmlscan::kByteClasses.bits[*p] & xmlscan::BYTE_NAME_START)) return false;
+    start = p;
+    p += byteRun(p, end, xmlscan::BYTE_NAME);
+    length = static_cast<size_t>(p - start);
+    // A name going on in non-ASCII characters is left to readName.
+    return p < end && *p < 0x80;
+  };
+  const unsigned char* first;
+  size_t firstLength;
+  if (!name(first, firstLength)) return false;
+  const unsigned char* second = nullptr;
+  size_t secondLength = 0;
+  if (*p == ':') {
+    ++p;
+    if (!name(second, secondLength)) return false;
+  }
+  p += byteRun(p, end, xmlscan::BYTE_SPACE);
+  if (p == end || *p != '=') return false;
+  ++p;
+  p += byteRun(p, end, xmlscan::BYTE_SPACE);
+  if (p == end || (*p != '"' && *p != '\'')) return false;
+  const unsigned char quote = *p++;
+  const unsigned char* value = p;
+  p += byteRun(p, end, xmlscan::BYTE_LITERAL);
+  if (p == end || *p != quote) return false;
+  const size_t valueLength = static_cast<size_t>(p - value);
+  ++p;
+  ZQName firstName = internBytes(first, firstLength);
+  if (firstName.isEmpty()) return false;
+  if (second) {
+    ZQName local = internBytes(second, secondLength);
+    if (local.isEmpty()) return false;
+    attribute.prefix = firstName;
+    attribute.localName = local;
+  } else {
+    attribute.localName = firstName;
+  }
+  attribute.value.remove();
+  xmlscan::appendBytes(attribute.value, value, valueLength);
+  m_pushedChar = END_OF_INPUT;
+  takeBulk(begin, static_cast<size_t>(p - begin));
+  return true;
 }
 
 bool ZQXmlParserImpl::readQName(ZQName& prefix, ZQName& local) {
@@ -131,6 +208,18 @@ void ZQXmlParserImpl::readLiteral(int mode, UnicodeString& value) {
   bool endedByEnd = false;
   bool plain = true;  // nothing that the normalisation pass would change or report
   for (;;) {
+    // Quoted content that the normalisation pass would leave as it is goes in by runs.
+    const unsigned char* begin;
+    const unsigned char* end;
+    if (quoted && bulkBytes(begin, end)) {
+      size_t bytes = xmlscan::byteRun(begin, end, xmlscan::BYTE_LITERAL);
+      if (bytes > 0) {
+        flush();
+        xmlscan::appendBytes(value, begin, bytes);
+        takeBulk(begin, bytes);
+        if (begin + bytes == end) continue;
+      }
+    }
     UChar32 c = readChar();
     if (c == kEnd) {
       endedByEnd = true;
