@@ -3,7 +3,9 @@
 
 #include <unicode/unistr.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <streambuf>
 
 #include "xml/ZQXmlParserImpl.h"
@@ -67,6 +69,19 @@ inline void appendBytes(UnicodeString& target, const unsigned char* bytes, size_
   }
 }
 
+/// Sets a string to ASCII bytes, widened in place in its own buffer.
+inline void assignBytes(UnicodeString& target, const unsigned char* bytes, size_t count) {
+  char16_t* out =
+      count > 0 && count < 0x40000000 ? target.getBuffer(static_cast<int32_t>(count)) : nullptr;
+  if (!out) {
+    target.remove();
+    appendBytes(target, bytes, count);
+    return;
+  }
+  for (size_t i = 0; i < count; ++i) out[i] = bytes[i];
+  target.releaseBuffer(static_cast<int32_t>(count));
+}
+
 /// The get area of a stream buffer, which std::streambuf shows only to derived classes;
 /// member pointers taken here may be applied to any stream buffer.
 struct StreamBufAccess : std::streambuf {
@@ -96,18 +111,14 @@ inline bool ZQXmlParserImpl::bulkWindow(const unsigned char*& begin, const unsig
 
 inline void ZQXmlParserImpl::takeBulk(const unsigned char* bytes, size_t count) {
   // Bulk bytes are ASCII other than CR: only the line feed moves the line.
-  size_t sinceLine = count;
-  for (size_t i = count; i-- > 0;) {
-    if (bytes[i] == '\n') {
-      sinceLine = count - 1 - i;
-      for (size_t j = 0; j <= i; ++j) m_lineNumber += bytes[j] == '\n';
-      break;
-    }
-  }
-  if (sinceLine == count)
+  const void* last = memrchr(bytes, '\n', count);
+  if (!last) {
     m_columnNumber += static_cast<int>(count);
-  else
-    m_columnNumber = static_cast<int>(sinceLine);
+  } else {
+    const unsigned char* lineEnd = static_cast<const unsigned char*>(last);
+    m_lineNumber += static_cast<int>(std::count(bytes, lineEnd + 1, '\n'));
+    m_columnNumber = static_cast<int>(bytes + count - (lineEnd + 1));
+  }
   std::streambuf* buf = m_stream->rdbuf();
   // gbump takes an int: a run longer than that goes in steps.
   while (count > 0) {

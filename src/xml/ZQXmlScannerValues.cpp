@@ -153,8 +153,7 @@ bool ZQXmlParserImpl::readPlainAttribute(ZQXmlAttribute& attribute) {
   } else {
     attribute.localName = firstName;
   }
-  attribute.value.remove();
-  xmlscan::appendBytes(attribute.value, value, valueLength);
+  xmlscan::assignBytes(attribute.value, value, valueLength);
   m_pushedChar = END_OF_INPUT;
   takeBulk(begin, static_cast<size_t>(p - begin));
   return true;
