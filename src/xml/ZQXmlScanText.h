@@ -8,6 +8,10 @@
 #include <cstring>
 #include <streambuf>
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 #include "xml/ZQXmlParserImpl.h"
 
 namespace ZQCommonNS::xmlscan {
@@ -57,16 +61,83 @@ inline size_t byteRun(const unsigned char* p, const unsigned char* end, uint8_t 
   return static_cast<size_t>(q - p);
 }
 
-/// Appends ASCII bytes to a string, widened in chunks.
-inline void appendBytes(UnicodeString& target, const unsigned char* bytes, size_t count) {
-  char16_t chunk[512];
-  while (count > 0) {
-    size_t n = count < 512 ? count : 512;
-    for (size_t i = 0; i < n; ++i) chunk[i] = bytes[i];
-    target.append(chunk, 0, static_cast<int32_t>(n));
-    bytes += n;
-    count -= n;
+/// Length of the run of BYTE_TEXT bytes at the start of [p, end), sixteen at a time.
+inline size_t textRun(const unsigned char* p, const unsigned char* end) {
+  const unsigned char* q = p;
+#ifdef __SSE2__
+  const __m128i low = _mm_set1_epi8(0x1F);
+  const __m128i high = _mm_set1_epi8(0x7F);
+  const __m128i lt = _mm_set1_epi8('<');
+  const __m128i amp = _mm_set1_epi8('&');
+  const __m128i bracket = _mm_set1_epi8(']');
+  const __m128i tab = _mm_set1_epi8('\t');
+  const __m128i lf = _mm_set1_epi8('\n');
+  while (end - q >= 16) {
+    __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(q));
+    // Signed compares: bytes from 0x80 up are negative and fail the first.
+    __m128i printable = _mm_and_si128(_mm_cmpgt_epi8(v, low), _mm_cmplt_epi8(v, high));
+    __m128i markup = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, lt), _mm_cmpeq_epi8(v, amp)),
+                                  _mm_cmpeq_epi8(v, bracket));
+    __m128i spaces = _mm_or_si128(_mm_cmpeq_epi8(v, tab), _mm_cmpeq_epi8(v, lf));
+    __m128i good = _mm_or_si128(_mm_andnot_si128(markup, printable), spaces);
+    unsigned mask = static_cast<unsigned>(_mm_movemask_epi8(good));
+    if (mask != 0xFFFF) return static_cast<size_t>(q - p) + __builtin_ctz(~mask);
+    q += 16;
   }
+#endif
+  while (q < end && (kByteClasses.bits[*q] & BYTE_TEXT)) ++q;
+  return static_cast<size_t>(q - p);
+}
+
+/// Number of line feeds in [p, end).
+inline size_t countLineFeeds(const unsigned char* p, const unsigned char* end) {
+  size_t n = 0;
+#ifdef __SSE2__
+  const __m128i lf = _mm_set1_epi8('\n');
+  for (; end - p >= 16; p += 16) {
+    __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    n += static_cast<size_t>(
+        __builtin_popcount(static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(v, lf)))));
+  }
+#endif
+  for (; p < end; ++p) n += *p == '\n';
+  return n;
+}
+
+/// Widens ASCII bytes to UTF-16.
+inline void widenBytes(char16_t* out, const unsigned char* bytes, size_t count) {
+  size_t i = 0;
+#ifdef __SSE2__
+  const __m128i zero = _mm_setzero_si128();
+  for (; i + 16 <= count; i += 16) {
+    __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + i));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i), _mm_unpacklo_epi8(v, zero));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i + 8), _mm_unpackhi_epi8(v, zero));
+  }
+#endif
+  for (; i < count; ++i) out[i] = bytes[i];
+}
+
+/// Appends ASCII bytes to a string, widened straight into its buffer, which grows by half
+/// again when it must.
+inline void appendBytes(UnicodeString& target, const unsigned char* bytes, size_t count) {
+  if (count == 0) return;
+  const int32_t length = target.length();
+  if (count >= static_cast<size_t>(0x3FFFFFFF - length)) {
+    for (size_t i = 0; i < count; ++i) target.append(static_cast<char16_t>(bytes[i]));
+    return;
+  }
+  const int32_t needed = length + static_cast<int32_t>(count);
+  int32_t capacity = needed;
+  if (needed > target.getCapacity()) capacity = needed + needed / 2 + 32;
+  // Kept contents: a buffer that must grow or is shared is copied with them.
+  char16_t* out = target.getBuffer(capacity);
+  if (!out) {
+    for (size_t i = 0; i < count; ++i) target.append(static_cast<char16_t>(bytes[i]));
+    return;
+  }
+  widenBytes(out + length, bytes, count);
+  target.releaseBuffer(needed);
 }
 
 /// Sets a string to ASCII bytes, widened in place in its own buffer.
@@ -78,7 +149,7 @@ inline void assignBytes(UnicodeString& target, const unsigned char* bytes, size_
     appendBytes(target, bytes, count);
     return;
   }
-  for (size_t i = 0; i < count; ++i) out[i] = bytes[i];
+  widenBytes(out, bytes, count);
   target.releaseBuffer(static_cast<int32_t>(count));
 }
 
@@ -116,7 +187,7 @@ inline void ZQXmlParserImpl::takeBulk(const unsigned char* bytes, size_t count) 
     m_columnNumber += static_cast<int>(count);
   } else {
     const unsigned char* lineEnd = static_cast<const unsigned char*>(last);
-    m_lineNumber += static_cast<int>(std::count(bytes, lineEnd + 1, '\n'));
+    m_lineNumber += static_cast<int>(xmlscan::countLineFeeds(bytes, lineEnd + 1));
     m_columnNumber = static_cast<int>(bytes + count - (lineEnd + 1));
   }
   std::streambuf* buf = m_stream->rdbuf();

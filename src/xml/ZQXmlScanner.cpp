@@ -519,7 +519,7 @@ void ZQXmlParserImpl::parseText() {
     const unsigned char* begin;
     const unsigned char* end;
     if (!topLevel && bulkBytes(begin, end)) {
-      size_t run = xmlscan::byteRun(begin, end, xmlscan::BYTE_TEXT);
+      size_t run = xmlscan::textRun(begin, end);
       if (run > 0) {
         text.flush();
         xmlscan::appendBytes(m_textBuffer, begin, run);
