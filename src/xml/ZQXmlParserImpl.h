@@ -287,6 +287,17 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   bool readPlainAttribute(ZQXmlAttribute& attribute);
   /// An attribute by the general path, its leading whitespace read already.
   void readAttributeSlowly(ZQXmlAttribute& attribute);
+  /// An ASCII qualified name from the stream buffer at `p`, its first character perhaps
+  /// waiting in the slot; `p` moves past it. False when the general path must read it.
+  bool scanPlainQName(const unsigned char*& p, const unsigned char* end, ZQName& prefix,
+                      ZQName& local);
+  /// readQName from the stream buffer: the character after the name is left in the slot,
+  /// counted, as readQName leaves it. False, with nothing taken, when the general path must
+  /// read it.
+  bool readPlainQName(ZQName& prefix, ZQName& local);
+  /// The rest of an end tag, `name>`, when it is plain and matches the open element: read
+  /// whole from the stream buffer. False, with nothing taken, otherwise.
+  bool readPlainEndTag();
   /// The name for ASCII bytes, or 0 when it is too long for the cache of names.
   ZQName internBytes(const unsigned char* bytes, size_t length);
   /// A name with an optional prefix; false when no (local) name could be read.

@@ -293,7 +293,8 @@ void ZQXmlParserImpl::parseStartTag() {
     throwError(130, UnicodeString(), UnicodeString());
   if (isSpace(peekChar())) throwError(141, u"<", UnicodeString());
   ZQName prefix, local;
-  if (!readQName(prefix, local)) throwError(132, UnicodeString(), UnicodeString());
+  if (!readPlainQName(prefix, local) && !readQName(prefix, local))
+    throwError(132, UnicodeString(), UnicodeString());
   if (!m_rootSeen) m_rootName = local;
   m_topLevelSeen = true;
 
@@ -481,6 +482,12 @@ void ZQXmlParserImpl::parseEndTag() {
   m_eventType = END_TAG;
   m_pendingToken = TOKEN_NONE;
   if (isSpace(peekChar())) throwError(141, u"</", UnicodeString());
+  if (readPlainEndTag()) {
+    const ZQNamespaceManager::Entry& closing = m_namespaces->top();
+    if (getDepth() >= 2 && closing.localName == ZQN_math && closing.namespaceUri == ZQN_NS_MATHML)
+      leaveMathScope();
+    return;
+  }
   ZQName prefix, local;
   if (!readQName(prefix, local)) throwError(133, UnicodeString(), UnicodeString());
   const ZQNamespaceManager::Entry& top = m_namespaces->top();

@@ -104,6 +104,82 @@ ZQName ZQXmlParserImpl::internBytes(const unsigned char* bytes, size_t length) {
   return internName(text, static_cast<int>(length));
 }
 
+bool ZQXmlParserImpl::scanPlainQName(const unsigned char*& p, const unsigned char* end,
+                                     ZQName& prefix, ZQName& local) {
+  using xmlscan::BYTE_NAME;
+  using xmlscan::BYTE_NAME_START;
+  using xmlscan::byteRun;
+  using xmlscan::kByteClasses;
+  char16_t text[kNameCacheKeyMax];
+  size_t length = 0;
+  const UChar32 first = m_pushedChar;
+  if (first != END_OF_INPUT) {
+    if (first >= 0x80 || !(kByteClasses.bits[first] & BYTE_NAME_START)) return false;
+    text[length++] = static_cast<char16_t>(first);
+  } else if (p == end || !(kByteClasses.bits[*p] & BYTE_NAME_START)) {
+    return false;
+  }
+  size_t run = byteRun(p, end, BYTE_NAME);
+  if (length + run > static_cast<size_t>(kNameCacheKeyMax)) return false;
+  xmlscan::widenBytes(text + length, p, run);
+  length += run;
+  p += run;
+  // A name going on in non-ASCII characters is left to readName.
+  if (p == end || *p >= 0x80) return false;
+  ZQName name = internName(text, static_cast<int>(length));
+  if (*p != ':') {
+    prefix = ZQName();
+    local = name;
+    return true;
+  }
+  const unsigned char* second = ++p;
+  if (p == end || !(kByteClasses.bits[*p] & BYTE_NAME_START)) return false;
+  p += byteRun(p, end, BYTE_NAME);
+  if (p == end || *p >= 0x80) return false;
+  local = internBytes(second, static_cast<size_t>(p - second));
+  if (local.isEmpty()) return false;
+  prefix = name;
+  return true;
+}
+
+bool ZQXmlParserImpl::readPlainQName(ZQName& prefix, ZQName& local) {
+  const unsigned char* begin;
+  const unsigned char* end;
+  if (!bulkWindow(begin, end)) return false;
+  const unsigned char* p = begin;
+  ZQName first, second;
+  if (!scanPlainQName(p, end, first, second)) return false;
+  // The character after the name is taken into the slot as readChar would give it: only a
+  // plain one, not CR or a character the test would report.
+  const unsigned char next = *p;
+  if (!(xmlscan::kByteClasses.bits[next] & (xmlscan::BYTE_TEXT | xmlscan::BYTE_LITERAL)) &&
+      next != ']' && next != '<' && next != '&')
+    return false;
+  ++p;
+  prefix = first;
+  local = second;
+  takeBulk(begin, static_cast<size_t>(p - begin));
+  m_pushedChar = next;
+  return true;
+}
+
+bool ZQXmlParserImpl::readPlainEndTag() {
+  const unsigned char* begin;
+  const unsigned char* end;
+  if (!bulkWindow(begin, end)) return false;
+  const unsigned char* p = begin;
+  ZQName prefix, local;
+  if (!scanPlainQName(p, end, prefix, local)) return false;
+  p += xmlscan::byteRun(p, end, xmlscan::BYTE_SPACE);
+  if (p == end || *p != '>') return false;
+  const ZQNamespaceManager::Entry& top = m_namespaces->top();
+  if (prefix != top.prefix || local != top.localName) return false;
+  ++p;
+  takeBulk(begin, static_cast<size_t>(p - begin));
+  m_pushedChar = END_OF_INPUT;
+  return true;
+}
+
 bool ZQXmlParserImpl::readPlainAttribute(ZQXmlAttribute& attribute) {
   using xmlscan::byteRun;
   UChar32 pushed = m_pushedChar;
