@@ -279,9 +279,9 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   ZQName readName();
   /// The name for `length` code units of text, through the per-parser cache of names.
   ZQName internName(const char16_t* text, int length);
-  /// lookup(prefix) at a start tag whose context was just pushed; the default namespace is
-  /// taken from the parent's remembered one instead of a walk up the whole stack.
-  ZQName lookupAtStartTag(ZQName prefix);
+  /// lookup(prefix) at a start tag whose context was just pushed at `depth`; the default namespace
+  /// is taken from the parent's remembered one instead of a walk up the whole stack.
+  ZQName lookupAtStartTag(ZQName prefix, size_t depth);
   /// The common attribute ` name="plain value"` (prefix allowed) read whole from the stream
   /// buffer; false, with nothing taken, when anything about it needs the general path.
   bool readPlainAttribute(ZQXmlAttribute& attribute);

@@ -230,6 +230,24 @@ int ZQXmlParserImpl::peekToken() {
       (m_pendingToken >= TOKEN_START_TAG && m_pendingToken <= TOKEN_END_OF_INPUT))
     return m_pendingToken;
   int result;
+  // "<" and a plain character after it, straight from the stream buffer: the two reads and
+  // the one put back below, in one step.
+  const unsigned char* begin;
+  const unsigned char* end;
+  if (bulkBytes(begin, end) && end - begin >= 2 && *begin == '<' && m_parserType != ZQN_text) {
+    const unsigned char d = begin[1];
+    if (d == '/' || d == '!' || d == '?') {
+      takeBulk(begin, 2);
+      m_pendingToken = d == '/' ? TOKEN_END_TAG : d == '!' ? TOKEN_DECLARATION : TOKEN_PI;
+      return m_pendingToken;
+    }
+    if (xmlscan::kByteClasses.bits[d] & xmlscan::BYTE_NAME_START) {
+      takeBulk(begin, 2);
+      m_pushedChar = d;
+      m_pendingToken = TOKEN_START_TAG;
+      return m_pendingToken;
+    }
+  }
   UChar32 c = readChar();
   if (m_parserType == ZQN_text && c != kEnd) {
     unreadChar(c);
@@ -345,7 +363,7 @@ void ZQXmlParserImpl::parseStartTag() {
       throwError(140, charText(c), UnicodeString());
   }
 
-  if (getDepth() == 1 && (local == ZQN_svg || local == ZQN_chart)) {
+  if (depth == 1 && (local == ZQN_svg || local == ZQN_chart)) {
     if (prefix.isEmpty() && m_namespaces->lookup(ZQName()).isEmpty())
       m_namespaces->declare(ZQName(), local == ZQN_svg ? ZQN_NS_SVG : ZQN_NS_ZQ_CHARTML);
     if (m_namespaces->lookup(ZQN_xlink).isEmpty()) m_namespaces->declare(ZQN_xlink, ZQN_NS_XLINK);
@@ -359,7 +377,7 @@ void ZQXmlParserImpl::parseStartTag() {
       addXhtmlEntities();
     }
   }
-  ZQName ns = lookupAtStartTag(prefix);
+  ZQName ns = lookupAtStartTag(prefix, depth);
   if (ns.isEmpty() && !prefix.isEmpty() && !isHTMLSyntax())
     throwError(135, prefix.toString(), UnicodeString());
 
@@ -369,11 +387,11 @@ void ZQXmlParserImpl::parseStartTag() {
   top.localName = local;
   // What lookup of the empty prefix now gives inside this element, for its children.
   DefaultNamespace& inside = m_defaultNamespaces[depth - 1];
-  inside.ns = prefix.isEmpty() ? ns : lookupAtStartTag(ZQName());
+  inside.ns = prefix.isEmpty() ? ns : lookupAtStartTag(ZQName(), depth);
   inside.valid = true;
 
   if (m_rootSeen) {
-    if (getDepth() >= 2 && local == ZQN_math && ns == ZQN_NS_MATHML) enterMathScope();
+    if (depth >= 2 && local == ZQN_math && ns == ZQN_NS_MATHML) enterMathScope();
   } else {
     m_rootSeen = true;
     applyRootEntityRules();
@@ -439,8 +457,7 @@ void ZQXmlParserImpl::readAttributeSlowly(ZQXmlAttribute& attribute) {
   }
 }
 
-ZQName ZQXmlParserImpl::lookupAtStartTag(ZQName prefix) {
-  const size_t depth = static_cast<size_t>(getDepth());
+ZQName ZQXmlParserImpl::lookupAtStartTag(ZQName prefix, size_t depth) {
   // Only the context of this tag can have changed since the parent's start tag; the parent's
   // answer stands for everything above it.
   if (!prefix.isEmpty() || depth < 2 || depth > m_defaultNamespaces.size() ||
@@ -519,7 +536,8 @@ void ZQXmlParserImpl::parseText() {
   }
   bool reported = false;
   // The depth stays put while text is read; asked once, not per character.
-  const bool topLevel = getDepth() == 0;
+  const int depth = getDepth();
+  const bool topLevel = depth == 0;
   for (;;) {
     // Inside an element plain ASCII text needs no look: it goes in by runs straight from
     // the stream buffer.
@@ -570,7 +588,7 @@ void ZQXmlParserImpl::parseText() {
     text.append(c);
   }
   text.flush();
-  if (getDepth() == m_baseDepth) {
+  if (depth == m_baseDepth) {
     if (isAllSpace(m_textBuffer, m_textStart)) {
       m_eventType = IGNORABLE_WHITESPACE;
     } else if (!reported) {
