@@ -226,6 +226,8 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   /// Takes `count` bytes from bulkBytes as read: line and column move as readChar would have
   /// moved them.
   inline void takeBulk(const unsigned char* bytes, size_t count);
+  /// The position part of takeBulk.
+  inline void countBulk(const unsigned char* bytes, size_t count);
   /// readChar for everything but the plain case: pushback text, other encodings, line ends,
   /// the character test and the end of an input.
   UChar32 readCharSlow();
@@ -284,7 +286,14 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   ZQName lookupAtStartTag(ZQName prefix, size_t depth);
   /// The common attribute ` name="plain value"` (prefix allowed) read whole from the stream
   /// buffer; false, with nothing taken, when anything about it needs the general path.
-  bool readPlainAttribute(ZQXmlAttribute& attribute);
+  /// `window` carries the stream buffer from one plain attribute of a tag to the next, so
+  /// that the stream is looked at once per run of them; a null `buf` makes it look again.
+  struct BulkWindow {
+    std::streambuf* buf = nullptr;
+    const unsigned char* next = nullptr;
+    const unsigned char* end = nullptr;
+  };
+  bool readPlainAttribute(ZQXmlAttribute& attribute, BulkWindow& window);
   /// An attribute by the general path, its leading whitespace read already.
   void readAttributeSlowly(ZQXmlAttribute& attribute);
   /// An ASCII qualified name from the stream buffer at `p`, its first character perhaps

@@ -89,6 +89,31 @@ inline size_t textRun(const unsigned char* p, const unsigned char* end) {
   return static_cast<size_t>(q - p);
 }
 
+/// Length of the run of BYTE_LITERAL bytes at the start of [p, end), sixteen at a time.
+inline size_t literalRun(const unsigned char* p, const unsigned char* end) {
+  const unsigned char* q = p;
+#ifdef __SSE2__
+  const __m128i low = _mm_set1_epi8(0x1F);
+  const __m128i high = _mm_set1_epi8(0x7F);
+  const __m128i lt = _mm_set1_epi8('<');
+  const __m128i amp = _mm_set1_epi8('&');
+  const __m128i quote = _mm_set1_epi8('"');
+  const __m128i apostrophe = _mm_set1_epi8('\'');
+  while (end - q >= 16) {
+    __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(q));
+    __m128i printable = _mm_and_si128(_mm_cmpgt_epi8(v, low), _mm_cmplt_epi8(v, high));
+    __m128i stop =
+        _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, lt), _mm_cmpeq_epi8(v, amp)),
+                     _mm_or_si128(_mm_cmpeq_epi8(v, quote), _mm_cmpeq_epi8(v, apostrophe)));
+    unsigned mask = static_cast<unsigned>(_mm_movemask_epi8(_mm_andnot_si128(stop, printable)));
+    if (mask != 0xFFFF) return static_cast<size_t>(q - p) + __builtin_ctz(~mask);
+    q += 16;
+  }
+#endif
+  while (q < end && (kByteClasses.bits[*q] & BYTE_LITERAL)) ++q;
+  return static_cast<size_t>(q - p);
+}
+
 /// Number of line feeds in [p, end).
 inline size_t countLineFeeds(const unsigned char* p, const unsigned char* end) {
   size_t n = 0;
@@ -181,21 +206,37 @@ inline bool ZQXmlParserImpl::bulkWindow(const unsigned char*& begin, const unsig
 }
 
 inline void ZQXmlParserImpl::takeBulk(const unsigned char* bytes, size_t count) {
-  // Bulk bytes are ASCII other than CR: only the line feed moves the line.
-  const void* last = memrchr(bytes, '\n', count);
-  if (!last) {
-    m_columnNumber += static_cast<int>(count);
-  } else {
-    const unsigned char* lineEnd = static_cast<const unsigned char*>(last);
-    m_lineNumber += static_cast<int>(xmlscan::countLineFeeds(bytes, lineEnd + 1));
-    m_columnNumber = static_cast<int>(bytes + count - (lineEnd + 1));
-  }
+  countBulk(bytes, count);
   std::streambuf* buf = m_stream->rdbuf();
   // gbump takes an int: a run longer than that goes in steps.
   while (count > 0) {
     int step = count > 0x40000000 ? 0x40000000 : static_cast<int>(count);
     xmlscan::StreamBufAccess::bump(buf, step);
     count -= static_cast<size_t>(step);
+  }
+}
+
+inline void ZQXmlParserImpl::countBulk(const unsigned char* bytes, size_t count) {
+  // Bulk bytes are ASCII other than CR: only the line feed moves the line.
+  const void* last;
+  if (count <= 16) {
+    // Short runs (names, values, a separator) are looked at in place.
+    last = nullptr;
+    for (size_t i = count; i-- > 0;) {
+      if (bytes[i] == '\n') {
+        last = bytes + i;
+        break;
+      }
+    }
+  } else {
+    last = memrchr(bytes, '\n', count);
+  }
+  if (!last) {
+    m_columnNumber += static_cast<int>(count);
+  } else {
+    const unsigned char* lineEnd = static_cast<const unsigned char*>(last);
+    m_lineNumber += static_cast<int>(xmlscan::countLineFeeds(bytes, lineEnd + 1));
+    m_columnNumber = static_cast<int>(bytes + count - (lineEnd + 1));
   }
 }
 

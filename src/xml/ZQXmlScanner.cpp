@@ -323,6 +323,7 @@ void ZQXmlParserImpl::parseStartTag() {
   if (m_defaultNamespaces.size() < depth) m_defaultNamespaces.resize(depth);
   m_defaultNamespaces[depth - 1].valid = false;
 
+  BulkWindow window;
   for (;;) {
     // Built in place, its value taking the buffer of an earlier tag's value.
     ZQXmlAttribute& attribute = m_attributes.emplace_back();
@@ -331,7 +332,7 @@ void ZQXmlParserImpl::parseStartTag() {
       m_spareValues.pop_back();
       attribute.value.remove();
     }
-    if (!readPlainAttribute(attribute)) {
+    if (!readPlainAttribute(attribute, window)) {
       bool spaced = skipSpaces();
       UChar32 c = peekChar();
       // Without whitespace the loop ends, so that a missing separator is reported below.

@@ -180,14 +180,21 @@ bool ZQXmlParserImpl::readPlainEndTag() {
   return true;
 }
 
-bool ZQXmlParserImpl::readPlainAttribute(ZQXmlAttribute& attribute) {
+bool ZQXmlParserImpl::readPlainAttribute(ZQXmlAttribute& attribute, BulkWindow& window) {
   using xmlscan::byteRun;
+  // Whatever the outcome, the general path may read next: the caller looks again after it.
+  BulkWindow current = window;
+  window.buf = nullptr;
   UChar32 pushed = m_pushedChar;
   // A space that a name left in the slot counts as the separator; it has been counted.
   if (pushed != END_OF_INPUT && pushed != ' ' && pushed != '\n' && pushed != '\t') return false;
-  const unsigned char* begin;
-  const unsigned char* end;
-  if (!bulkWindow(begin, end)) return false;
+  if (!current.buf) {
+    if (!bulkWindow(current.next, current.end)) return false;
+    current.buf = m_stream->rdbuf();
+  }
+  const unsigned char* const begin = current.next;
+  const unsigned char* const end = current.end;
+  std::streambuf* const buf = current.buf;
   const unsigned char* p = begin;
   p += byteRun(p, end, xmlscan::BYTE_SPACE);
   if (pushed == END_OF_INPUT && p == begin) return false;
@@ -215,7 +222,7 @@ bool ZQXmlParserImpl::readPlainAttribute(ZQXmlAttribute& attribute) {
   if (p == end || (*p != '"' && *p != '\'')) return false;
   const unsigned char quote = *p++;
   const unsigned char* value = p;
-  p += byteRun(p, end, xmlscan::BYTE_LITERAL);
+  p += xmlscan::literalRun(p, end);
   if (p == end || *p != quote) return false;
   const size_t valueLength = static_cast<size_t>(p - value);
   ++p;
@@ -231,7 +238,12 @@ bool ZQXmlParserImpl::readPlainAttribute(ZQXmlAttribute& attribute) {
   }
   xmlscan::assignBytes(attribute.value, value, valueLength);
   m_pushedChar = END_OF_INPUT;
-  takeBulk(begin, static_cast<size_t>(p - begin));
+  const size_t taken = static_cast<size_t>(p - begin);
+  countBulk(begin, taken);
+  // A run inside the get area: well below what gbump takes.
+  xmlscan::StreamBufAccess::bump(buf, static_cast<int>(taken));
+  window.buf = buf;
+  window.next = p;
   return true;
 }
 
@@ -287,7 +299,7 @@ void ZQXmlParserImpl::readLiteral(int mode, UnicodeString& value) {
     const unsigned char* begin;
     const unsigned char* end;
     if (quoted && bulkBytes(begin, end)) {
-      size_t bytes = xmlscan::byteRun(begin, end, xmlscan::BYTE_LITERAL);
+      size_t bytes = xmlscan::literalRun(begin, end);
       if (bytes > 0) {
         flush();
         xmlscan::appendBytes(value, begin, bytes);
