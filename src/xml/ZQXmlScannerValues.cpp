@@ -25,12 +25,12 @@ int digitValue(UChar32 c, bool hex) {
 }
 
 std::string utf16leBytes(const UnicodeString& text) {
-  std::string bytes;
-  bytes.reserve(static_cast<size_t>(text.length()) * 2);
-  for (int i = 0; i < text.length(); ++i) {
-    UChar unit = text.charAt(i);
-    bytes.push_back(static_cast<char>(unit & 0xFF));
-    bytes.push_back(static_cast<char>(unit >> 8));
+  const int length = text.length();
+  const char16_t* units = text.getBuffer();
+  std::string bytes(static_cast<size_t>(length) * 2, '\0');
+  for (int i = 0; i < length; ++i) {
+    bytes[2 * static_cast<size_t>(i)] = static_cast<char>(units[i] & 0xFF);
+    bytes[2 * static_cast<size_t>(i) + 1] = static_cast<char>(units[i] >> 8);
   }
   return bytes;
 }
