@@ -349,9 +349,21 @@ void ZQXmlParserImpl::readLiteral(int mode, UnicodeString& value) {
     UChar32 pendingDecoded = m_pendingDecoded;
     m_pendingDecoded = END_OF_INPUT;
     pushInputState();
-    m_stream = m_baseStream = new std::istringstream(utf16leBytes(raw), std::ios::binary);
+    // ASCII text goes in as single bytes, which readChar takes on its fast path; it decodes
+    // to the same characters.
+    std::string bytes;
+    bool ascii = true;
+    for (int i = 0; i < raw.length() && ascii; ++i) ascii = raw.charAt(i) < 0x80;
+    if (ascii) {
+      bytes.resize(static_cast<size_t>(raw.length()));
+      for (int i = 0; i < raw.length(); ++i)
+        bytes[static_cast<size_t>(i)] = static_cast<char>(raw.charAt(i));
+    } else {
+      bytes = utf16leBytes(raw);
+    }
+    m_stream = m_baseStream = new std::istringstream(std::move(bytes), std::ios::binary);
     m_stringInput = true;
-    m_encodingKind = ENCODING_UTF16LE;
+    m_encodingKind = ascii ? ENCODING_UTF8 : ENCODING_UTF16LE;
     m_lineNumber = line;
     m_columnNumber = column;
     size_t level = m_inputStack.size();
