@@ -440,8 +440,11 @@ UnicodeString ZQXmlParserImpl::getText() {
     // An undefined entity gives what the look-up gave: bogus, or empty when undefined
     // entities are ignored.
     m_cachedText = lookupEntity(m_entityName, false);
+  } else if (m_textStart <= 0) {
+    // The whole buffer is the event's text: handed out as it is, with no cached copy.
+    return m_textBuffer;
   } else {
-    m_cachedText = eventText();
+    m_cachedText.setTo(m_textBuffer, m_textStart);
   }
   return m_cachedText;
 }

@@ -217,6 +217,17 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
     }
     return readCharSlow();
   }
+  /// The plain bytes waiting in the stream buffer, for the scans that take runs of them at
+  /// once; false when the next character must come through readChar (pushback, a pending
+  /// decoded character, a multi-byte encoding, a stream not good). Defined in ZQXmlScanText.h.
+  inline bool bulkBytes(const unsigned char*& begin, const unsigned char*& end);
+  /// bulkBytes whatever waits in the one-character slot.
+  inline bool bulkWindow(const unsigned char*& begin, const unsigned char*& end);
+  /// Takes `count` bytes from bulkBytes as read: line and column move as readChar would have
+  /// moved them.
+  inline void takeBulk(const unsigned char* bytes, size_t count);
+  /// The position part of takeBulk.
+  inline void countBulk(const unsigned char* bytes, size_t count);
   /// readChar for everything but the plain case: pushback text, other encodings, line ends,
   /// the character test and the end of an input.
   UChar32 readCharSlow();
@@ -270,9 +281,34 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   ZQName readName();
   /// The name for `length` code units of text, through the per-parser cache of names.
   ZQName internName(const char16_t* text, int length);
-  /// lookup(prefix) at a start tag whose context was just pushed; the default namespace is
-  /// taken from the parent's remembered one instead of a walk up the whole stack.
-  ZQName lookupAtStartTag(ZQName prefix);
+  /// lookup(prefix) at a start tag whose context was just pushed at `depth`; the default namespace
+  /// is taken from the parent's remembered one instead of a walk up the whole stack.
+  ZQName lookupAtStartTag(ZQName prefix, size_t depth);
+  /// The common attribute ` name="plain value"` (prefix allowed) read whole from the stream
+  /// buffer; false, with nothing taken, when anything about it needs the general path.
+  /// `window` carries the stream buffer from one plain attribute of a tag to the next, so
+  /// that the stream is looked at once per run of them; a null `buf` makes it look again.
+  struct BulkWindow {
+    std::streambuf* buf = nullptr;
+    const unsigned char* next = nullptr;
+    const unsigned char* end = nullptr;
+  };
+  bool readPlainAttribute(ZQXmlAttribute& attribute, BulkWindow& window);
+  /// An attribute by the general path, its leading whitespace read already.
+  void readAttributeSlowly(ZQXmlAttribute& attribute);
+  /// An ASCII qualified name from the stream buffer at `p`, its first character perhaps
+  /// waiting in the slot; `p` moves past it. False when the general path must read it.
+  bool scanPlainQName(const unsigned char*& p, const unsigned char* end, ZQName& prefix,
+                      ZQName& local);
+  /// readQName from the stream buffer: the character after the name is left in the slot,
+  /// counted, as readQName leaves it. False, with nothing taken, when the general path must
+  /// read it.
+  bool readPlainQName(ZQName& prefix, ZQName& local);
+  /// The rest of an end tag, `name>`, when it is plain and matches the open element: read
+  /// whole from the stream buffer. False, with nothing taken, otherwise.
+  bool readPlainEndTag();
+  /// The name for ASCII bytes, or 0 when it is too long for the cache of names.
+  ZQName internBytes(const unsigned char* bytes, size_t length);
   /// A name with an optional prefix; false when no (local) name could be read.
   bool readQName(ZQName& prefix, ZQName& local);
   /// Value of a literal; `mode` 0..4 decides quoting and references.

@@ -3,6 +3,15 @@
 
 #include <unicode/unistr.h>
 
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <streambuf>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 #include "xml/ZQXmlParserImpl.h"
 
 namespace ZQCommonNS::xmlscan {
@@ -17,4 +26,218 @@ inline UnicodeString charText(UChar32 c) {
   return text;
 }
 
+/// Classes of input bytes for the bulk scans: a byte in a class is taken as it stands, any
+/// other byte stops the run and goes through readChar.
+enum ByteClass : uint8_t {
+  BYTE_TEXT = 1,         ///< character data that needs no look: not "<", "&", "]" or CR
+  BYTE_NAME = 2,         ///< an ASCII NCName character
+  BYTE_SPACE = 4,        ///< tab, line feed, space (CR is folded by readChar)
+  BYTE_LITERAL = 8,      ///< literal content the normalisation pass leaves alone (no quote)
+  BYTE_NAME_START = 16,  ///< an ASCII NCName start character
+};
+
+struct ByteClassTable {
+  uint8_t bits[256] = {};
+  constexpr ByteClassTable() {
+    for (int b = 0x20; b < 0x7F; ++b) {
+      if (b != '<' && b != '&' && b != ']') bits[b] |= BYTE_TEXT;
+      if (b != '<' && b != '&' && b != '"' && b != '\'') bits[b] |= BYTE_LITERAL;
+      if ((b >= 'a' && b <= 'z') || (b >= 'A' && b <= 'Z') || (b >= '0' && b <= '9') || b == '_' ||
+          b == '-' || b == '.')
+        bits[b] |= BYTE_NAME;
+      if ((b >= 'a' && b <= 'z') || (b >= 'A' && b <= 'Z') || b == '_') bits[b] |= BYTE_NAME_START;
+    }
+    bits['\t'] |= BYTE_TEXT | BYTE_SPACE;
+    bits['\n'] |= BYTE_TEXT | BYTE_SPACE;
+    bits[' '] |= BYTE_SPACE;
+  }
+};
+inline constexpr ByteClassTable kByteClasses;
+
+/// Length of the run at the start of [p, end) whose bytes all have `cls`.
+inline size_t byteRun(const unsigned char* p, const unsigned char* end, uint8_t cls) {
+  const unsigned char* q = p;
+  while (q < end && (kByteClasses.bits[*q] & cls)) ++q;
+  return static_cast<size_t>(q - p);
+}
+
+/// Length of the run of BYTE_TEXT bytes at the start of [p, end), sixteen at a time.
+inline size_t textRun(const unsigned char* p, const unsigned char* end) {
+  const unsigned char* q = p;
+#ifdef __SSE2__
+  const __m128i low = _mm_set1_epi8(0x1F);
+  const __m128i high = _mm_set1_epi8(0x7F);
+  const __m128i lt = _mm_set1_epi8('<');
+  const __m128i amp = _mm_set1_epi8('&');
+  const __m128i bracket = _mm_set1_epi8(']');
+  const __m128i tab = _mm_set1_epi8('\t');
+  const __m128i lf = _mm_set1_epi8('\n');
+  while (end - q >= 16) {
+    __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(q));
+    // Signed compares: bytes from 0x80 up are negative and fail the first.
+    __m128i printable = _mm_and_si128(_mm_cmpgt_epi8(v, low), _mm_cmplt_epi8(v, high));
+    __m128i markup = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, lt), _mm_cmpeq_epi8(v, amp)),
+                                  _mm_cmpeq_epi8(v, bracket));
+    __m128i spaces = _mm_or_si128(_mm_cmpeq_epi8(v, tab), _mm_cmpeq_epi8(v, lf));
+    __m128i good = _mm_or_si128(_mm_andnot_si128(markup, printable), spaces);
+    unsigned mask = static_cast<unsigned>(_mm_movemask_epi8(good));
+    if (mask != 0xFFFF) return static_cast<size_t>(q - p) + __builtin_ctz(~mask);
+    q += 16;
+  }
+#endif
+  while (q < end && (kByteClasses.bits[*q] & BYTE_TEXT)) ++q;
+  return static_cast<size_t>(q - p);
+}
+
+/// Length of the run of BYTE_LITERAL bytes at the start of [p, end), sixteen at a time.
+inline size_t literalRun(const unsigned char* p, const unsigned char* end) {
+  const unsigned char* q = p;
+#ifdef __SSE2__
+  const __m128i low = _mm_set1_epi8(0x1F);
+  const __m128i high = _mm_set1_epi8(0x7F);
+  const __m128i lt = _mm_set1_epi8('<');
+  const __m128i amp = _mm_set1_epi8('&');
+  const __m128i quote = _mm_set1_epi8('"');
+  const __m128i apostrophe = _mm_set1_epi8('\'');
+  while (end - q >= 16) {
+    __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(q));
+    __m128i printable = _mm_and_si128(_mm_cmpgt_epi8(v, low), _mm_cmplt_epi8(v, high));
+    __m128i stop =
+        _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, lt), _mm_cmpeq_epi8(v, amp)),
+                     _mm_or_si128(_mm_cmpeq_epi8(v, quote), _mm_cmpeq_epi8(v, apostrophe)));
+    unsigned mask = static_cast<unsigned>(_mm_movemask_epi8(_mm_andnot_si128(stop, printable)));
+    if (mask != 0xFFFF) return static_cast<size_t>(q - p) + __builtin_ctz(~mask);
+    q += 16;
+  }
+#endif
+  while (q < end && (kByteClasses.bits[*q] & BYTE_LITERAL)) ++q;
+  return static_cast<size_t>(q - p);
+}
+
+/// Number of line feeds in [p, end).
+inline size_t countLineFeeds(const unsigned char* p, const unsigned char* end) {
+  size_t n = 0;
+#ifdef __SSE2__
+  const __m128i lf = _mm_set1_epi8('\n');
+  for (; end - p >= 16; p += 16) {
+    __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    n += static_cast<size_t>(
+        __builtin_popcount(static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(v, lf)))));
+  }
+#endif
+  for (; p < end; ++p) n += *p == '\n';
+  return n;
+}
+
+/// Widens ASCII bytes to UTF-16.
+inline void widenBytes(char16_t* out, const unsigned char* bytes, size_t count) {
+  size_t i = 0;
+#ifdef __SSE2__
+  const __m128i zero = _mm_setzero_si128();
+  for (; i + 16 <= count; i += 16) {
+    __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + i));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i), _mm_unpacklo_epi8(v, zero));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i + 8), _mm_unpackhi_epi8(v, zero));
+  }
+#endif
+  for (; i < count; ++i) out[i] = bytes[i];
+}
+
+/// Appends ASCII bytes to a string, widened straight into its buffer, which grows by half
+/// again when it must.
+inline void appendBytes(UnicodeString& target, const unsigned char* bytes, size_t count) {
+  if (count == 0) return;
+  const int32_t length = target.length();
+  if (count >= static_cast<size_t>(0x3FFFFFFF - length)) {
+    for (size_t i = 0; i < count; ++i) target.append(static_cast<char16_t>(bytes[i]));
+    return;
+  }
+  const int32_t needed = length + static_cast<int32_t>(count);
+  int32_t capacity = needed;
+  if (needed > target.getCapacity()) capacity = needed + needed / 2 + 32;
+  // Kept contents: a buffer that must grow or is shared is copied with them.
+  char16_t* out = target.getBuffer(capacity);
+  if (!out) {
+    for (size_t i = 0; i < count; ++i) target.append(static_cast<char16_t>(bytes[i]));
+    return;
+  }
+  widenBytes(out + length, bytes, count);
+  target.releaseBuffer(needed);
+}
+
+/// Sets a string to ASCII bytes, widened in place in its own buffer.
+inline void assignBytes(UnicodeString& target, const unsigned char* bytes, size_t count) {
+  char16_t* out =
+      count > 0 && count < 0x40000000 ? target.getBuffer(static_cast<int32_t>(count)) : nullptr;
+  if (!out) {
+    target.remove();
+    appendBytes(target, bytes, count);
+    return;
+  }
+  widenBytes(out, bytes, count);
+  target.releaseBuffer(static_cast<int32_t>(count));
+}
+
+/// The get area of a stream buffer, which std::streambuf shows only to derived classes;
+/// member pointers taken here may be applied to any stream buffer.
+struct StreamBufAccess : std::streambuf {
+  static char* next(std::streambuf* buf) { return (buf->*&StreamBufAccess::gptr)(); }
+  static char* end(std::streambuf* buf) { return (buf->*&StreamBufAccess::egptr)(); }
+  static void bump(std::streambuf* buf, int count) { (buf->*&StreamBufAccess::gbump)(count); }
+};
+
 }  // namespace ZQCommonNS::xmlscan
+
+namespace ZQCommonNS {
+
+inline bool ZQXmlParserImpl::bulkBytes(const unsigned char*& begin, const unsigned char*& end) {
+  return m_pushedChar == END_OF_INPUT && bulkWindow(begin, end);
+}
+
+inline bool ZQXmlParserImpl::bulkWindow(const unsigned char*& begin, const unsigned char*& end) {
+  if (m_pendingDecoded != END_OF_INPUT || !m_pushedText.isEmpty() || !m_stream ||
+      !(m_encodingKind <= ENCODING_UTF8 || m_encodingKind >= ENCODING_ASCII) ||
+      m_stream->rdstate() != std::ios::goodbit)
+    return false;
+  std::streambuf* buf = m_stream->rdbuf();
+  begin = reinterpret_cast<const unsigned char*>(xmlscan::StreamBufAccess::next(buf));
+  end = reinterpret_cast<const unsigned char*>(xmlscan::StreamBufAccess::end(buf));
+  return begin < end;
+}
+
+inline void ZQXmlParserImpl::takeBulk(const unsigned char* bytes, size_t count) {
+  countBulk(bytes, count);
+  std::streambuf* buf = m_stream->rdbuf();
+  // gbump takes an int: a run longer than that goes in steps.
+  while (count > 0) {
+    int step = count > 0x40000000 ? 0x40000000 : static_cast<int>(count);
+    xmlscan::StreamBufAccess::bump(buf, step);
+    count -= static_cast<size_t>(step);
+  }
+}
+
+inline void ZQXmlParserImpl::countBulk(const unsigned char* bytes, size_t count) {
+  // Bulk bytes are ASCII other than CR: only the line feed moves the line.
+  const void* last;
+  if (count <= 16) {
+    // Short runs (names, values, a separator) are looked at in place.
+    last = nullptr;
+    for (size_t i = count; i-- > 0;) {
+      if (bytes[i] == '\n') {
+        last = bytes + i;
+        break;
+      }
+    }
+  } else {
+    last = memrchr(bytes, '\n', count);
+  }
+  if (!last) {
+    m_columnNumber += static_cast<int>(count);
+  } else {
+    const unsigned char* lineEnd = static_cast<const unsigned char*>(last);
+    m_lineNumber += static_cast<int>(xmlscan::countLineFeeds(bytes, lineEnd + 1));
+    m_columnNumber = static_cast<int>(bytes + count - (lineEnd + 1));
+  }
+}
+
+}  // namespace ZQCommonNS

@@ -230,6 +230,24 @@ int ZQXmlParserImpl::peekToken() {
       (m_pendingToken >= TOKEN_START_TAG && m_pendingToken <= TOKEN_END_OF_INPUT))
     return m_pendingToken;
   int result;
+  // "<" and a plain character after it, straight from the stream buffer: the two reads and
+  // the one put back below, in one step.
+  const unsigned char* begin;
+  const unsigned char* end;
+  if (bulkBytes(begin, end) && end - begin >= 2 && *begin == '<' && m_parserType != ZQN_text) {
+    const unsigned char d = begin[1];
+    if (d == '/' || d == '!' || d == '?') {
+      takeBulk(begin, 2);
+      m_pendingToken = d == '/' ? TOKEN_END_TAG : d == '!' ? TOKEN_DECLARATION : TOKEN_PI;
+      return m_pendingToken;
+    }
+    if (xmlscan::kByteClasses.bits[d] & xmlscan::BYTE_NAME_START) {
+      takeBulk(begin, 2);
+      m_pushedChar = d;
+      m_pendingToken = TOKEN_START_TAG;
+      return m_pendingToken;
+    }
+  }
   UChar32 c = readChar();
   if (m_parserType == ZQN_text && c != kEnd) {
     unreadChar(c);
@@ -271,6 +289,15 @@ int ZQXmlParserImpl::peekToken() {
 
 bool ZQXmlParserImpl::skipSpaces() {
   bool any = false;
+  const unsigned char* begin;
+  const unsigned char* end;
+  if (bulkBytes(begin, end)) {
+    size_t run = xmlscan::byteRun(begin, end, xmlscan::BYTE_SPACE);
+    if (run > 0) {
+      takeBulk(begin, run);
+      any = true;
+    }
+  }
   UChar32 c;
   while (isSpace(c = readChar())) any = true;
   if (c != kEnd) unreadChar(c);
@@ -284,7 +311,8 @@ void ZQXmlParserImpl::parseStartTag() {
     throwError(130, UnicodeString(), UnicodeString());
   if (isSpace(peekChar())) throwError(141, u"<", UnicodeString());
   ZQName prefix, local;
-  if (!readQName(prefix, local)) throwError(132, UnicodeString(), UnicodeString());
+  if (!readPlainQName(prefix, local) && !readQName(prefix, local))
+    throwError(132, UnicodeString(), UnicodeString());
   if (!m_rootSeen) m_rootName = local;
   m_topLevelSeen = true;
 
@@ -295,47 +323,25 @@ void ZQXmlParserImpl::parseStartTag() {
   if (m_defaultNamespaces.size() < depth) m_defaultNamespaces.resize(depth);
   m_defaultNamespaces[depth - 1].valid = false;
 
+  BulkWindow window;
   for (;;) {
-    bool spaced = skipSpaces();
-    UChar32 c = peekChar();
-    if (c == '>' || c == '/' || c == kEnd) break;
-    // Without whitespace the loop ends, so that a missing separator is reported below.
-    if (!spaced && !isHTMLSyntax()) break;
-    ZQXmlAttribute attribute;
+    // Built in place, its value taking the buffer of an earlier tag's value.
+    ZQXmlAttribute& attribute = m_attributes.emplace_back();
     if (!m_spareValues.empty()) {
       attribute.value = std::move(m_spareValues.back());
       m_spareValues.pop_back();
       attribute.value.remove();
     }
-    ZQName name = readName();
-    if (name.isEmpty()) {
-      UnicodeString bad = readLiteral(4);
-      throwError(189, bad, UnicodeString());
-    } else {
-      c = readChar();
-      if (c == ':') {
-        attribute.prefix = name;
-        attribute.localName = readName();
-        if (attribute.localName.isEmpty())
-          throwError(137, UnicodeString(name.toString()).append(u':'), UnicodeString());
-      } else {
-        if (c != kEnd) unreadChar(c);
-        attribute.localName = name;
+    if (!readPlainAttribute(attribute, window)) {
+      bool spaced = skipSpaces();
+      UChar32 c = peekChar();
+      // Without whitespace the loop ends, so that a missing separator is reported below.
+      if (c == '>' || c == '/' || c == kEnd || (!spaced && !isHTMLSyntax())) {
+        m_spareValues.push_back(std::move(attribute.value));
+        m_attributes.pop_back();
+        break;
       }
-    }
-    skipSpaces();
-    c = readChar();
-    if (c == '=') {
-      skipSpaces();
-      readLiteral(1, attribute.value);
-    } else {
-      if (c != kEnd) unreadChar(c);
-      // HTML takes an attribute without "=" as empty.
-      if (!isHTMLSyntax()) {
-        throwError(138, UnicodeString(), UnicodeString());
-        skipSpaces();
-        readLiteral(1, attribute.value);
-      }
+      readAttributeSlowly(attribute);
     }
     if (attribute.prefix == ZQN_xmlns) {
       if (!attribute.localName.isEmpty())
@@ -346,7 +352,6 @@ void ZQXmlParserImpl::parseStartTag() {
       m_namespaces->declare(ZQName(), ZQName(attribute.value));
       attribute.namespaceUri = ZQN_NS_XMLNS;
     }
-    m_attributes.push_back(std::move(attribute));
   }
 
   UChar32 c = readChar();
@@ -359,7 +364,7 @@ void ZQXmlParserImpl::parseStartTag() {
       throwError(140, charText(c), UnicodeString());
   }
 
-  if (getDepth() == 1 && (local == ZQN_svg || local == ZQN_chart)) {
+  if (depth == 1 && (local == ZQN_svg || local == ZQN_chart)) {
     if (prefix.isEmpty() && m_namespaces->lookup(ZQName()).isEmpty())
       m_namespaces->declare(ZQName(), local == ZQN_svg ? ZQN_NS_SVG : ZQN_NS_ZQ_CHARTML);
     if (m_namespaces->lookup(ZQN_xlink).isEmpty()) m_namespaces->declare(ZQN_xlink, ZQN_NS_XLINK);
@@ -373,7 +378,7 @@ void ZQXmlParserImpl::parseStartTag() {
       addXhtmlEntities();
     }
   }
-  ZQName ns = lookupAtStartTag(prefix);
+  ZQName ns = lookupAtStartTag(prefix, depth);
   if (ns.isEmpty() && !prefix.isEmpty() && !isHTMLSyntax())
     throwError(135, prefix.toString(), UnicodeString());
 
@@ -383,11 +388,11 @@ void ZQXmlParserImpl::parseStartTag() {
   top.localName = local;
   // What lookup of the empty prefix now gives inside this element, for its children.
   DefaultNamespace& inside = m_defaultNamespaces[depth - 1];
-  inside.ns = prefix.isEmpty() ? ns : lookupAtStartTag(ZQName());
+  inside.ns = prefix.isEmpty() ? ns : lookupAtStartTag(ZQName(), depth);
   inside.valid = true;
 
   if (m_rootSeen) {
-    if (getDepth() >= 2 && local == ZQN_math && ns == ZQN_NS_MATHML) enterMathScope();
+    if (depth >= 2 && local == ZQN_math && ns == ZQN_NS_MATHML) enterMathScope();
   } else {
     m_rootSeen = true;
     applyRootEntityRules();
@@ -417,8 +422,43 @@ void ZQXmlParserImpl::parseStartTag() {
   }
 }
 
-ZQName ZQXmlParserImpl::lookupAtStartTag(ZQName prefix) {
-  const size_t depth = static_cast<size_t>(getDepth());
+// One attribute character by character, errors and HTML forms included; the whitespace
+// before it is read.
+void ZQXmlParserImpl::readAttributeSlowly(ZQXmlAttribute& attribute) {
+  UChar32 c;
+  ZQName name = readName();
+  if (name.isEmpty()) {
+    UnicodeString bad = readLiteral(4);
+    throwError(189, bad, UnicodeString());
+  } else {
+    c = readChar();
+    if (c == ':') {
+      attribute.prefix = name;
+      attribute.localName = readName();
+      if (attribute.localName.isEmpty())
+        throwError(137, UnicodeString(name.toString()).append(u':'), UnicodeString());
+    } else {
+      if (c != kEnd) unreadChar(c);
+      attribute.localName = name;
+    }
+  }
+  skipSpaces();
+  c = readChar();
+  if (c == '=') {
+    skipSpaces();
+    readLiteral(1, attribute.value);
+  } else {
+    if (c != kEnd) unreadChar(c);
+    // HTML takes an attribute without "=" as empty.
+    if (!isHTMLSyntax()) {
+      throwError(138, UnicodeString(), UnicodeString());
+      skipSpaces();
+      readLiteral(1, attribute.value);
+    }
+  }
+}
+
+ZQName ZQXmlParserImpl::lookupAtStartTag(ZQName prefix, size_t depth) {
   // Only the context of this tag can have changed since the parent's start tag; the parent's
   // answer stands for everything above it.
   if (!prefix.isEmpty() || depth < 2 || depth > m_defaultNamespaces.size() ||
@@ -460,6 +500,12 @@ void ZQXmlParserImpl::parseEndTag() {
   m_eventType = END_TAG;
   m_pendingToken = TOKEN_NONE;
   if (isSpace(peekChar())) throwError(141, u"</", UnicodeString());
+  if (readPlainEndTag()) {
+    const ZQNamespaceManager::Entry& closing = m_namespaces->top();
+    if (getDepth() >= 2 && closing.localName == ZQN_math && closing.namespaceUri == ZQN_NS_MATHML)
+      leaveMathScope();
+    return;
+  }
   ZQName prefix, local;
   if (!readQName(prefix, local)) throwError(133, UnicodeString(), UnicodeString());
   const ZQNamespaceManager::Entry& top = m_namespaces->top();
@@ -491,8 +537,22 @@ void ZQXmlParserImpl::parseText() {
   }
   bool reported = false;
   // The depth stays put while text is read; asked once, not per character.
-  const bool topLevel = getDepth() == 0;
+  const int depth = getDepth();
+  const bool topLevel = depth == 0;
   for (;;) {
+    // Inside an element plain ASCII text needs no look: it goes in by runs straight from
+    // the stream buffer.
+    const unsigned char* begin;
+    const unsigned char* end;
+    if (!topLevel && bulkBytes(begin, end)) {
+      size_t run = xmlscan::textRun(begin, end);
+      if (run > 0) {
+        text.flush();
+        xmlscan::appendBytes(m_textBuffer, begin, run);
+        takeBulk(begin, run);
+        if (begin + run == end) continue;
+      }
+    }
     UChar32 c = readChar();
     if (c == kEnd) break;
     if (c == '&') {
@@ -529,7 +589,7 @@ void ZQXmlParserImpl::parseText() {
     text.append(c);
   }
   text.flush();
-  if (getDepth() == m_baseDepth) {
+  if (depth == m_baseDepth) {
     if (isAllSpace(m_textBuffer, m_textStart)) {
       m_eventType = IGNORABLE_WHITESPACE;
     } else if (!reported) {

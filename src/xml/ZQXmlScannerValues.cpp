@@ -25,12 +25,12 @@ int digitValue(UChar32 c, bool hex) {
 }
 
 std::string utf16leBytes(const UnicodeString& text) {
-  std::string bytes;
-  bytes.reserve(static_cast<size_t>(text.length()) * 2);
-  for (int i = 0; i < text.length(); ++i) {
-    UChar unit = text.charAt(i);
-    bytes.push_back(static_cast<char>(unit & 0xFF));
-    bytes.push_back(static_cast<char>(unit >> 8));
+  const int length = text.length();
+  const char16_t* units = text.getBuffer();
+  std::string bytes(static_cast<size_t>(length) * 2, '\0');
+  for (int i = 0; i < length; ++i) {
+    bytes[2 * static_cast<size_t>(i)] = static_cast<char>(units[i] & 0xFF);
+    bytes[2 * static_cast<size_t>(i) + 1] = static_cast<char>(units[i] >> 8);
   }
   return bytes;
 }
@@ -47,6 +47,20 @@ ZQName ZQXmlParserImpl::readName() {
   int length = 0;
   UnicodeString longText;  // only for names too long for the cache
   do {
+    // The rest of an ASCII name is taken by a run from the stream buffer; the character
+    // that ends it is read below, as one at a time would.
+    const unsigned char* begin;
+    const unsigned char* end;
+    if (length >= 0 && bulkBytes(begin, end)) {
+      size_t run = xmlscan::byteRun(begin, end, xmlscan::BYTE_NAME);
+      if (run > 0 && c <= 0xFFFF && static_cast<size_t>(length) + 1 + run + 2 <= kNameCacheKeyMax) {
+        buffer[length++] = static_cast<char16_t>(c);
+        for (size_t i = 0; i < run; ++i) buffer[length++] = begin[i];
+        takeBulk(begin, run);
+        c = readChar();
+        continue;
+      }
+    }
     if (length >= 0 && length + 2 <= kNameCacheKeyMax) {
       if (c <= 0xFFFF) {
         buffer[length++] = static_cast<char16_t>(c);
@@ -81,6 +95,156 @@ ZQName ZQXmlParserImpl::internName(const char16_t* text, int length) {
   slot.length = length;
   slot.name = name;
   return name;
+}
+
+ZQName ZQXmlParserImpl::internBytes(const unsigned char* bytes, size_t length) {
+  if (length > static_cast<size_t>(kNameCacheKeyMax)) return ZQName();
+  char16_t text[kNameCacheKeyMax];
+  for (size_t i = 0; i < length; ++i) text[i] = bytes[i];
+  return internName(text, static_cast<int>(length));
+}
+
+bool ZQXmlParserImpl::scanPlainQName(const unsigned char*& p, const unsigned char* end,
+                                     ZQName& prefix, ZQName& local) {
+  using xmlscan::BYTE_NAME;
+  using xmlscan::BYTE_NAME_START;
+  using xmlscan::byteRun;
+  using xmlscan::kByteClasses;
+  char16_t text[kNameCacheKeyMax];
+  size_t length = 0;
+  const UChar32 first = m_pushedChar;
+  if (first != END_OF_INPUT) {
+    if (first >= 0x80 || !(kByteClasses.bits[first] & BYTE_NAME_START)) return false;
+    text[length++] = static_cast<char16_t>(first);
+  } else if (p == end || !(kByteClasses.bits[*p] & BYTE_NAME_START)) {
+    return false;
+  }
+  size_t run = byteRun(p, end, BYTE_NAME);
+  if (length + run > static_cast<size_t>(kNameCacheKeyMax)) return false;
+  xmlscan::widenBytes(text + length, p, run);
+  length += run;
+  p += run;
+  // A name going on in non-ASCII characters is left to readName.
+  if (p == end || *p >= 0x80) return false;
+  ZQName name = internName(text, static_cast<int>(length));
+  if (*p != ':') {
+    prefix = ZQName();
+    local = name;
+    return true;
+  }
+  const unsigned char* second = ++p;
+  if (p == end || !(kByteClasses.bits[*p] & BYTE_NAME_START)) return false;
+  p += byteRun(p, end, BYTE_NAME);
+  if (p == end || *p >= 0x80) return false;
+  local = internBytes(second, static_cast<size_t>(p - second));
+  if (local.isEmpty()) return false;
+  prefix = name;
+  return true;
+}
+
+bool ZQXmlParserImpl::readPlainQName(ZQName& prefix, ZQName& local) {
+  const unsigned char* begin;
+  const unsigned char* end;
+  if (!bulkWindow(begin, end)) return false;
+  const unsigned char* p = begin;
+  ZQName first, second;
+  if (!scanPlainQName(p, end, first, second)) return false;
+  // The character after the name is taken into the slot as readChar would give it: only a
+  // plain one, not CR or a character the test would report.
+  const unsigned char next = *p;
+  if (!(xmlscan::kByteClasses.bits[next] & (xmlscan::BYTE_TEXT | xmlscan::BYTE_LITERAL)) &&
+      next != ']' && next != '<' && next != '&')
+    return false;
+  ++p;
+  prefix = first;
+  local = second;
+  takeBulk(begin, static_cast<size_t>(p - begin));
+  m_pushedChar = next;
+  return true;
+}
+
+bool ZQXmlParserImpl::readPlainEndTag() {
+  const unsigned char* begin;
+  const unsigned char* end;
+  if (!bulkWindow(begin, end)) return false;
+  const unsigned char* p = begin;
+  ZQName prefix, local;
+  if (!scanPlainQName(p, end, prefix, local)) return false;
+  p += xmlscan::byteRun(p, end, xmlscan::BYTE_SPACE);
+  if (p == end || *p != '>') return false;
+  const ZQNamespaceManager::Entry& top = m_namespaces->top();
+  if (prefix != top.prefix || local != top.localName) return false;
+  ++p;
+  takeBulk(begin, static_cast<size_t>(p - begin));
+  m_pushedChar = END_OF_INPUT;
+  return true;
+}
+
+bool ZQXmlParserImpl::readPlainAttribute(ZQXmlAttribute& attribute, BulkWindow& window) {
+  using xmlscan::byteRun;
+  // Whatever the outcome, the general path may read next: the caller looks again after it.
+  BulkWindow current = window;
+  window.buf = nullptr;
+  UChar32 pushed = m_pushedChar;
+  // A space that a name left in the slot counts as the separator; it has been counted.
+  if (pushed != END_OF_INPUT && pushed != ' ' && pushed != '\n' && pushed != '\t') return false;
+  if (!current.buf) {
+    if (!bulkWindow(current.next, current.end)) return false;
+    current.buf = m_stream->rdbuf();
+  }
+  const unsigned char* const begin = current.next;
+  const unsigned char* const end = current.end;
+  std::streambuf* const buf = current.buf;
+  const unsigned char* p = begin;
+  p += byteRun(p, end, xmlscan::BYTE_SPACE);
+  if (pushed == END_OF_INPUT && p == begin) return false;
+  auto name = [&p, end](const unsigned char*& start, size_t& length) {
+    if (p == end || !(xmlscan::kByteClasses.bits[*p] & xmlscan::BYTE_NAME_START)) return false;
+    start = p;
+    p += byteRun(p, end, xmlscan::BYTE_NAME);
+    length = static_cast<size_t>(p - start);
+    // A name going on in non-ASCII characters is left to readName.
+    return p < end && *p < 0x80;
+  };
+  const unsigned char* first;
+  size_t firstLength;
+  if (!name(first, firstLength)) return false;
+  const unsigned char* second = nullptr;
+  size_t secondLength = 0;
+  if (*p == ':') {
+    ++p;
+    if (!name(second, secondLength)) return false;
+  }
+  p += byteRun(p, end, xmlscan::BYTE_SPACE);
+  if (p == end || *p != '=') return false;
+  ++p;
+  p += byteRun(p, end, xmlscan::BYTE_SPACE);
+  if (p == end || (*p != '"' && *p != '\'')) return false;
+  const unsigned char quote = *p++;
+  const unsigned char* value = p;
+  p += xmlscan::literalRun(p, end);
+  if (p == end || *p != quote) return false;
+  const size_t valueLength = static_cast<size_t>(p - value);
+  ++p;
+  ZQName firstName = internBytes(first, firstLength);
+  if (firstName.isEmpty()) return false;
+  if (second) {
+    ZQName local = internBytes(second, secondLength);
+    if (local.isEmpty()) return false;
+    attribute.prefix = firstName;
+    attribute.localName = local;
+  } else {
+    attribute.localName = firstName;
+  }
+  xmlscan::assignBytes(attribute.value, value, valueLength);
+  m_pushedChar = END_OF_INPUT;
+  const size_t taken = static_cast<size_t>(p - begin);
+  countBulk(begin, taken);
+  // A run inside the get area: well below what gbump takes.
+  xmlscan::StreamBufAccess::bump(buf, static_cast<int>(taken));
+  window.buf = buf;
+  window.next = p;
+  return true;
 }
 
 bool ZQXmlParserImpl::readQName(ZQName& prefix, ZQName& local) {
@@ -131,6 +295,18 @@ void ZQXmlParserImpl::readLiteral(int mode, UnicodeString& value) {
   bool endedByEnd = false;
   bool plain = true;  // nothing that the normalisation pass would change or report
   for (;;) {
+    // Quoted content that the normalisation pass would leave as it is goes in by runs.
+    const unsigned char* begin;
+    const unsigned char* end;
+    if (quoted && bulkBytes(begin, end)) {
+      size_t bytes = xmlscan::literalRun(begin, end);
+      if (bytes > 0) {
+        flush();
+        xmlscan::appendBytes(value, begin, bytes);
+        takeBulk(begin, bytes);
+        if (begin + bytes == end) continue;
+      }
+    }
     UChar32 c = readChar();
     if (c == kEnd) {
       endedByEnd = true;
@@ -173,9 +349,21 @@ void ZQXmlParserImpl::readLiteral(int mode, UnicodeString& value) {
     UChar32 pendingDecoded = m_pendingDecoded;
     m_pendingDecoded = END_OF_INPUT;
     pushInputState();
-    m_stream = m_baseStream = new std::istringstream(utf16leBytes(raw), std::ios::binary);
+    // ASCII text goes in as single bytes, which readChar takes on its fast path; it decodes
+    // to the same characters.
+    std::string bytes;
+    bool ascii = true;
+    for (int i = 0; i < raw.length() && ascii; ++i) ascii = raw.charAt(i) < 0x80;
+    if (ascii) {
+      bytes.resize(static_cast<size_t>(raw.length()));
+      for (int i = 0; i < raw.length(); ++i)
+        bytes[static_cast<size_t>(i)] = static_cast<char>(raw.charAt(i));
+    } else {
+      bytes = utf16leBytes(raw);
+    }
+    m_stream = m_baseStream = new std::istringstream(std::move(bytes), std::ios::binary);
     m_stringInput = true;
-    m_encodingKind = ENCODING_UTF16LE;
+    m_encodingKind = ascii ? ENCODING_UTF8 : ENCODING_UTF16LE;
     m_lineNumber = line;
     m_columnNumber = column;
     size_t level = m_inputStack.size();

@@ -1,0 +1,140 @@
+// Reading in runs: the scanner takes plain ASCII straight from a stream buffer's get area
+// when it holds the bytes, and one character at a time otherwise. Both ways must give the
+// same events, names, text, attributes, errors and positions, wherever the buffer's
+// refills cut the input.
+#include <gtest/gtest.h>
+
+#include <istream>
+#include <sstream>
+#include <streambuf>
+#include <string>
+#include <vector>
+
+#include "common/ZQError.h"
+#include "common/ZQXmlParser.h"
+
+using namespace ZQCommonNS;
+using icu::UnicodeString;
+
+namespace {
+
+/// A stream buffer over bytes that shows at most `chunk` of them per refill, so that runs
+/// end at the edge of the get area.
+class ChunkedBuf : public std::streambuf {
+ public:
+  ChunkedBuf(const std::string& bytes, size_t chunk) : m_bytes(bytes), m_chunk(chunk) {
+    char* p = const_cast<char*>(m_bytes.data());
+    setg(p, p, p);
+  }
+
+ protected:
+  int_type underflow() override {
+    char* base = const_cast<char*>(m_bytes.data());
+    size_t offset = static_cast<size_t>(egptr() - base);
+    if (offset >= m_bytes.size()) return traits_type::eof();
+    size_t n = std::min(m_chunk, m_bytes.size() - offset);
+    setg(base, base + offset, base + offset + n);
+    return traits_type::to_int_type(*gptr());
+  }
+  int_type pbackfail(int_type c) override {
+    if (gptr() == eback()) return traits_type::eof();
+    gbump(-1);
+    if (!traits_type::eq_int_type(c, traits_type::eof())) *gptr() = traits_type::to_char_type(c);
+    return traits_type::to_int_type(*gptr());
+  }
+
+ private:
+  std::string m_bytes;
+  size_t m_chunk;
+};
+
+void collectError(const ZQError& error, void* data) {
+  std::ostringstream out;
+  out << "error " << error.getErrorCode() << " at " << error.getLineNumber() << ":"
+      << error.getColumnNumber() << "\n";
+  *static_cast<std::string*>(data) += out.str();
+}
+
+std::string text(const UnicodeString& s) {
+  std::string out;
+  s.toUTF8String(out);
+  return out;
+}
+
+/// Every event with what a caller reads of it, positions included, as one transcript.
+std::string transcript(const std::string& document, size_t chunk) {
+  ChunkedBuf buf(document, chunk);
+  std::istream in(&buf);
+  ZQPtr<ZQXmlParser> parser = ZQXmlParser::createXmlParser();
+  parser->setFeature(ZQXmlParser::FEATURE_SKIP_EXTERNAL_DTD, true);
+  std::string log;
+  parser->setCallbackError(collectError, &log);
+  parser->setInput(in, UnicodeString(), UnicodeString());
+  for (int guard = 0; guard < 10000; ++guard) {
+    ZQXmlParser::EventType type = parser->next();
+    std::ostringstream out;
+    out << type << " " << parser->getLineNumber() << ":" << parser->getColumnNumber();
+    if (type == ZQXmlParser::START_TAG || type == ZQXmlParser::END_TAG) {
+      out << " " << static_cast<unsigned>(parser->getPrefix()) << ":"
+          << static_cast<unsigned>(parser->getName()) << "@"
+          << static_cast<unsigned>(parser->getNamespace());
+    }
+    if (type == ZQXmlParser::START_TAG) {
+      for (int i = 0; i < parser->getAttributeCount(); ++i) {
+        out << " [" << static_cast<unsigned>(parser->getAttributePrefix(i)) << ":"
+            << static_cast<unsigned>(parser->getAttributeName(i)) << "@"
+            << static_cast<unsigned>(parser->getAttributeNamespace(i)) << "="
+            << text(parser->getAttributeValue(i)) << "]";
+      }
+    }
+    if (type == ZQXmlParser::TEXT) out << " '" << text(parser->getText()) << "'";
+    log += out.str() + "\n";
+    if (type == ZQXmlParser::END_DOCUMENT) break;
+  }
+  return log;
+}
+
+// Documents that mix what runs take (plain ASCII text, names, values, whitespace) with what
+// they leave to the per-character path (CR, tabs, non-ASCII, references, long names, bad
+// markup), so that a run ends at each kind of character.
+const char* const kDocuments[] = {
+    "<?xml version=\"1.0\"?>\n<root a=\"1\" b='two words'>plain text\nover lines</root>\n",
+    "<r>\r\nline one\r\nline two\rthree\r\n<e  x = \"v\"\r\n y='w'\t/></r>",
+    "<r xmlns=\"urn:d\" xmlns:p=\"urn:p\"><p:e p:a=\"x\" b=\"y\">t</p:e><f/></r>",
+    "<r>caf\xC3\xA9 na\xC3\xAFve <n\xC3\xA9 v=\"\xC3\xA9t\xC3\xA9\">\xE2\x82\xAC</n\xC3\xA9></r>",
+    "<r a=\"x &amp; y\" b=\"&#65;&#x42;\" c=\"tab\there\" d=\"l\nf\">a &lt; b &gt; c</r>",
+    "<r><averyveryveryveryveryverylongelementnamethatpassesthecache attributenamethatis"
+    "alsoquitelongindeed=\"1\">x</averyveryveryveryveryverylongelementnamethatpassesthe"
+    "cache></r>",
+    "<r>a]b]]c]]&gt;<![CDATA[d]]>e<!--c-->f<?pi x?>g</r>",
+    "<r><a></b></r>",
+    "<r><a b='1'c='2'/><d e=\"1\" e=\"2\"/><f g=\"<\"/></r>",
+    "<r>\x01 bad \x7F del</r>",
+    "<r a=\"unterminated></r>",
+    "<r>\n\t<a>1</a >\n\t<b>2</b\n>\n</r>\n",
+};
+
+TEST(XmlScanRuns, ChunkedReadingMatchesReadingFromOneBuffer) {
+  for (const char* document : kDocuments) {
+    const std::string whole = transcript(document, 1u << 20);
+    for (size_t chunk : {1u, 2u, 3u, 5u, 7u, 16u}) {
+      EXPECT_EQ(transcript(document, chunk), whole) << "chunk " << chunk << " of: " << document;
+    }
+  }
+}
+
+TEST(XmlScanRuns, PositionsAfterRunsCountLinesAndColumns) {
+  // A text run with line feeds inside: the position after it is on its last line.
+  ChunkedBuf buf("<r>ab\ncd\nefg<x/></r>", 1u << 20);
+  std::istream in(&buf);
+  ZQPtr<ZQXmlParser> parser = ZQXmlParser::createXmlParser();
+  parser->setInput(in, UnicodeString(), UnicodeString());
+  ASSERT_EQ(parser->next(), ZQXmlParser::START_TAG);
+  ASSERT_EQ(parser->next(), ZQXmlParser::TEXT);
+  EXPECT_EQ(text(parser->getText()), "ab\ncd\nefg");
+  // next() has looked past the text for more of it and read "<x": line 3, column 5.
+  EXPECT_EQ(parser->getLineNumber(), 3);
+  EXPECT_EQ(parser->getColumnNumber(), 5);
+}
+
+}  // namespace
