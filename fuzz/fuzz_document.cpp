@@ -123,6 +123,19 @@ UnicodeString normalValue(const UnicodeString& text) {
   return out;
 }
 
+// Namespace names are written without references for tab, line feed and carriage return, so
+// they come back as the spaces of a normalised attribute value.
+UnicodeString normalNamespace(const UnicodeString& text) {
+  UnicodeString out;
+  for (int i = 0; i < text.length(); ++i) {
+    char16_t c = text.charAt(i);
+    if (c < 32 && c != 9 && c != 10 && c != 13) continue;
+    if (c == 13 && i + 1 < text.length() && text.charAt(i + 1) == 10) ++i;
+    out.append(c == 9 || c == 10 || c == 13 ? char16_t(32) : c);
+  }
+  return out;
+}
+
 bool isSpaceOnly(const UnicodeString& text) {
   for (int i = 0; i < text.length(); ++i) {
     char16_t c = text.charAt(i);
@@ -134,6 +147,12 @@ bool isSpaceOnly(const UnicodeString& text) {
 UnicodeString nameText(ZQName name) {
   UnicodeString out;
   out.append(u'{').append(name.toString()).append(u'}');
+  return out;
+}
+
+UnicodeString namespaceText(ZQName name, bool normal) {
+  UnicodeString out;
+  out.append(u'{').append(normal ? normalNamespace(name.toString()) : name.toString()).append(u'}');
   return out;
 }
 
@@ -179,7 +198,7 @@ void describe(const ZQNode* node, bool normal, UnicodeString& out, int depth, co
       case ZQNode::ELEMENT_NODE: {
         flushText();
         out.append(u"E")
-            .append(nameText(c->getNamespaceUri()))
+            .append(namespaceText(c->getNamespaceUri(), normal))
             .append(nameText(c->getPrefix()))
             .append(nameText(c->getLocalName()))
             .append(u'\n');
@@ -196,11 +215,15 @@ void describe(const ZQNode* node, bool normal, UnicodeString& out, int depth, co
               if (before == uri) continue;
               inner[prefix] = uri;
             }
+            bool declaration = a->getNamespaceUri() == ZQN_NS_XMLNS;
+            UnicodeString value = !normal       ? a->getText()
+                                  : declaration ? normalNamespace(a->getText())
+                                                : normalValue(a->getText());
             UnicodeString line(u"A");
-            line.append(nameText(a->getNamespaceUri()))
+            line.append(namespaceText(a->getNamespaceUri(), normal))
                 .append(nameText(a->getPrefix()))
                 .append(nameText(a->getLocalName()))
-                .append(normal ? normalValue(a->getText()) : a->getText())
+                .append(value)
                 .append(u'\n');
             attrs.push_back(line);
             check(attrs.size() < 100000, "attribute ring does not end");
