@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 namespace zqbench {
 
@@ -22,5 +23,22 @@ void runCounted(benchmark::State& state, F&& body) {
                                                    static_cast<double>(ops ? ops : 1));
   state.SetItemsProcessed(static_cast<int64_t>(ops));
 }
+
+/// Kinds of generated XML documents shared by the parser and DOM comparisons.
+enum DocKind { DOC_ATTRIBUTES, DOC_TEXT, DOC_NESTED, DOC_NAMESPACES, DOC_KIND_COUNT };
+inline const char* const kDocNames[DOC_KIND_COUNT] = {"attributes", "text", "nested", "namespaces"};
+
+/// One generated document and how many start tags it holds.
+struct Document {
+  std::string bytes;
+  size_t elements = 0;  // every reader must report this many start tags
+};
+
+/// The size of generated documents: ZQ_BENCH_XML_MB megabytes (default 50).
+size_t documentSize();
+
+/// The document of a kind, generated on first use with a fixed seed, so every run reads the
+/// same bytes.
+const Document& document(int kind);
 
 }  // namespace zqbench

@@ -912,3 +912,94 @@ TEST(DocumentSave, UnsupportedNodeTypeRaisesCode18) {
   const ZQDocument& constDoc = *doc;
   EXPECT_EQ(constDoc.getSerializer(), nullptr);
 }
+
+// ---- derived classes keep their own operations on the loader's and saver's roads ----
+
+namespace {
+
+// An element that keeps a note of each attribute set on it through setAttributeNS, and
+// upper-cases the values it stores.
+class NotingElement : public ElementNS {
+ public:
+  NotingElement(ZQDocument* doc, ZQName uri, ZQName prefix, ZQName local)
+      : ElementNS(doc, uri, prefix, local) {}
+  void setAttributeNS(ZQName uri, ZQName prefix, ZQName localName, const ZQValue& value) override {
+    noted.push_back(s8(localName.toString()));
+    ElementNS::setAttributeNS(uri, prefix, localName,
+                              ZQValue(value.toString().toUpper(), ZQUNIT_NONE));
+  }
+  using ZQElement::setAttributeNS;
+  std::vector<std::string> noted;
+};
+
+// An attribute whose value reads back with a mark in front, as a layer above might compute it.
+class MarkedAttr : public Attr {
+ public:
+  MarkedAttr(ZQDocument* doc, ZQName name) : Attr(doc, name) {}
+  ZQValue getValue() const override {
+    return ZQValue(UnicodeString(u"#") + Attr::getValue().toString(), ZQUNIT_NONE);
+  }
+};
+
+class DerivedClassesDocument : public ZQDocument {
+ public:
+  ZQPtr<ZQElement> createElementNS(ZQName uri, ZQName prefix, ZQName local) override {
+    if (local == ZQName(u("noting")))
+      return ZQPtr<ZQElement>(new NotingElement(this, uri, prefix, local));
+    return ZQDocument::createElementNS(uri, prefix, local);
+  }
+  ZQPtr<ZQAttr> createAttributeNS(ZQName uri, ZQName prefix, ZQName local) override {
+    if (uri.isEmpty() && prefix.isEmpty() && local == ZQName(u("marked")))
+      return ZQPtr<ZQAttr>(new MarkedAttr(this, local));
+    return ZQDocument::createAttributeNS(uri, prefix, local);
+  }
+  using ZQDocument::createAttributeNS;
+  using ZQDocument::createElementNS;
+};
+
+}  // namespace
+
+TEST(DocumentLoad, DerivedElementGetsEveryAttributeThroughItsSetAttributeNS) {
+  ZQPtr<ZQDocument> doc(new DerivedClassesDocument());
+  doc->loadXml(u("<r a='x'><noting b='one' c='two'/></r>"));
+  auto* noting = static_cast<NotingElement*>(doc->getDocumentElement()->getFirstChild());
+  EXPECT_EQ(noting->noted, (std::vector<std::string>{"b", "c"}));
+  EXPECT_EQ(s8(noting->getAttribute(ZQName(u("c"))).toString()), "TWO");
+  // The library's own element beside it took its attribute as it was.
+  EXPECT_EQ(s8(doc->getDocumentElement()->getAttribute(ZQName(u("a"))).toString()), "x");
+}
+
+TEST(DocumentLoad, LoadedAttributeOfDerivedClassGetsItsValueThroughSetValue) {
+  ZQPtr<ZQDocument> doc(new DerivedClassesDocument());
+  doc->loadXml(u("<r marked='v' plain='w'/>"));
+  ZQElement* root = doc->getDocumentElement();
+  EXPECT_EQ(s8(root->getAttribute(ZQName(u("marked"))).toString()), "#v");
+  EXPECT_EQ(s8(root->getAttribute(ZQName(u("plain"))).toString()), "w");
+}
+
+TEST(DocumentSave, AttributeOfDerivedClassIsSavedThroughItsGetValue) {
+  ZQPtr<ZQDocument> doc(new DerivedClassesDocument());
+  doc->loadXml(u("<r marked='v' plain='w&amp;'/>"));
+  EXPECT_EQ(s8(doc->saveXml(doc->getDocumentElement())), "<r marked=\"#v\" plain=\"w&amp;\"/>");
+}
+
+TEST(DocumentSave, LargeDocumentToFileEqualsTheStreamForm) {
+  // Far more than one block of the file output, with escapes and text beyond ASCII.
+  std::string xml = "<r>";
+  for (int i = 0; i < 20000; ++i) {
+    xml += "<e n='" + std::to_string(i) + "' q='a&quot;b&lt;'>t&amp;x \xc3\xa9\xe2\x82\xac</e>";
+  }
+  xml += "</r>";
+  ZQPtr<ZQDocument> doc(new ZQDocument());
+  doc->loadXml(UnicodeString::fromUTF8(xml));
+  DocTempDir dir;
+  std::string path = dir.path + "/large.xml";
+  doc->save(u(path.c_str()));
+  std::ostringstream stream;
+  doc->save(stream);
+  EXPECT_GT(stream.str().size(), 20000u * 40);
+  EXPECT_EQ(fileText(path), stream.str());
+  EXPECT_NE(
+      stream.str().find("<e n=\"19999\" q=\"a&quot;b&lt;\">t&amp;x \xc3\xa9\xe2\x82\xac</e></r>"),
+      std::string::npos);
+}

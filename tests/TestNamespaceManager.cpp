@@ -2,6 +2,8 @@
 
 #include "TestSupport.h"
 
+#include <map>
+#include <random>
 #include <vector>
 
 #include "common/ZQNamespaceManager.h"
@@ -298,6 +300,212 @@ TEST(NamespaceManager, HoldsTheSharedNameTable) {
   // The last holder took the table and its run-time names with it.
   EXPECT_EQ(peekSharedNameTable(), nullptr);
   EXPECT_TRUE(ZQNameTable::getSharedNameString(before).isEmpty());
+}
+
+// ---- the look-ups against a plain walk of the stack ----
+
+// The manager's look-ups as a walk over every context, top down: what the indexed manager
+// must answer in every state.
+class WalkingModel {
+ public:
+  struct Context {
+    std::map<int, ZQName> bindings;  // ordered by the prefix's number, signed
+    bool hasMap = false;
+    ZQName prefix;
+    ZQName localName;
+    ZQName ns;
+  };
+
+  WalkingModel() {
+    m_stack.emplace_back();
+    set(ZQN_xml, ZQN_NS_XML);
+    set(ZQN_xmlns, ZQN_NS_XMLNS);
+  }
+
+  void push() { m_stack.emplace_back(); }
+  bool pop() {
+    if (m_stack.size() < 2) return false;
+    m_stack.pop_back();
+    return true;
+  }
+  void set(ZQName prefix, ZQName ns) {
+    m_stack.back().hasMap = true;
+    m_stack.back().bindings[static_cast<int>(prefix)] = ns;
+  }
+  void declare(ZQName prefix, ZQName ns) {
+    if (lookup(prefix) != ns) set(prefix, ns);
+  }
+  Context& top() { return m_stack.back(); }
+  int depth() const { return static_cast<int>(m_stack.size()) - 1; }
+  int count(int depth) const {
+    if (depth < 0 || depth > this->depth()) return 0;
+    return static_cast<int>(m_stack[static_cast<size_t>(depth)].bindings.size());
+  }
+
+  ZQName lookup(ZQName prefix) const {
+    for (auto it = m_stack.rbegin(); it != m_stack.rend(); ++it) {
+      if (it->prefix == prefix && !it->ns.isEmpty()) return it->ns;
+      auto found = it->bindings.find(static_cast<int>(prefix));
+      if (found == it->bindings.end()) continue;
+      if (!found->second.isEmpty()) return found->second;
+      if (prefix.isEmpty()) return ZQName();
+    }
+    return ZQName();
+  }
+  ZQName lookupDefault() const {
+    for (auto it = m_stack.rbegin(); it != m_stack.rend(); ++it) {
+      auto found = it->bindings.find(0);
+      if (found != it->bindings.end()) return found->second;
+    }
+    return ZQName();
+  }
+  ZQName lookupPrefix(ZQName ns) const {
+    for (auto it = m_stack.rbegin(); it != m_stack.rend(); ++it) {
+      if (it->ns == ns && !it->prefix.isEmpty()) return it->prefix;
+      for (const auto& binding : it->bindings)
+        if (binding.second == ns && binding.first != 0)
+          return ZQName(static_cast<ZQNameEnum>(binding.first));
+    }
+    return ZQName();
+  }
+
+ private:
+  std::vector<Context> m_stack;
+};
+
+// Runs one seeded sequence of pushes, pops, declarations, direct writes of the top's names
+// and of its map, comparing every look-up after every step.
+void runAgainstTheWalk(unsigned seed, int steps) {
+  std::mt19937 random(seed);
+  auto pick = [&random](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
+  const std::vector<ZQName> prefixes = {ZQName(),
+                                        ZQN_xml,
+                                        ZQN_xmlns,
+                                        ZQN_svg,
+                                        ZQN_xlink,
+                                        ZQN_auto,
+                                        name("zz-run-time-prefix"),
+                                        ZQName(static_cast<ZQNameEnum>(-3))};
+  const std::vector<ZQName> namespaces = {
+      ZQName(),     ZQN_NS_XML,    ZQN_NS_XMLNS, ZQN_NS_SVG,
+      ZQN_NS_XLINK, ZQN_NS_MATHML, ZQN_NS_XHTML, name("urn:zz-run-time-namespace")};
+  ZQPtr<ZQNamespaceManager> manager = new ZQNamespaceManager();
+  WalkingModel model;
+  // Some runs stay shallow and change a lot, others grow deep.
+  int pushWeight = 3 + static_cast<int>(seed % 4);
+  for (int step = 0; step < steps; ++step) {
+    int what = pick(20);
+    if (what < pushWeight) {
+      manager->pushContext();
+      model.push();
+    } else if (what < 7) {
+      ASSERT_EQ(manager->popContext(), model.pop()) << "step " << step;
+    } else if (what < 12) {
+      ZQName prefix = prefixes[static_cast<size_t>(pick(static_cast<int>(prefixes.size())))];
+      ZQName ns = namespaces[static_cast<size_t>(pick(static_cast<int>(namespaces.size())))];
+      manager->declare(prefix, ns);
+      model.declare(prefix, ns);
+    } else if (what < 17) {
+      ZQName value = what == 14 ? name("zz-local")
+                                : (what < 14 ? prefixes : namespaces)[static_cast<size_t>(pick(8))];
+      if (what < 14) {
+        manager->top().prefix = value;
+        model.top().prefix = value;
+      } else if (what == 14) {
+        manager->top().localName = value;
+        model.top().localName = value;
+      } else {
+        manager->top().namespaceUri = value;
+        model.top().ns = value;
+      }
+    } else if (what < 19) {
+      // The owner may write the top's map itself once it exists.
+      if (ZQNamespaceMap* map = manager->topMap()) {
+        ZQName prefix = prefixes[static_cast<size_t>(pick(8))];
+        ZQName ns = namespaces[static_cast<size_t>(pick(8))];
+        map->set(prefix, ns);
+        model.set(prefix, ns);
+      }
+    } else if (pick(50) == 0) {
+      manager->popToBase();
+      while (model.pop()) {
+      }
+    }
+
+    ASSERT_EQ(manager->getDepth(), model.depth()) << "step " << step;
+    ASSERT_EQ(manager->topMap() != nullptr, model.top().hasMap) << "step " << step;
+    int depth = pick(model.depth() + 2);
+    ASSERT_EQ(manager->getNamespaceCount(depth), model.count(depth)) << "step " << step;
+    ASSERT_EQ(manager->lookupDefault(), model.lookupDefault()) << "step " << step;
+    for (ZQName prefix : prefixes)
+      ASSERT_EQ(manager->lookup(prefix), model.lookup(prefix))
+          << "step " << step << " prefix " << static_cast<int>(prefix);
+    for (ZQName ns : namespaces)
+      ASSERT_EQ(manager->lookupPrefix(ns), model.lookupPrefix(ns))
+          << "step " << step << " namespace " << static_cast<int>(ns);
+  }
+}
+
+TEST(NamespaceManagerIndex, AnswersAsTheWalkThroughRandomSequences) {
+  for (unsigned seed = 1; seed <= 24; ++seed) {
+    SCOPED_TRACE(seed);
+    runAgainstTheWalk(seed, 4000);
+    if (HasFatalFailure()) return;
+  }
+}
+
+TEST(NamespaceManagerIndex, AnEntryWrittenAgainAfterItsChildIsClosedIsReadAfresh) {
+  ZQPtr<ZQNamespaceManager> ns = new ZQNamespaceManager();
+  ns->pushContext();
+  ns->declare(ZQN_svg, ZQN_NS_SVG);
+  ns->pushContext();
+  EXPECT_EQ(ns->lookup(ZQN_svg), ZQN_NS_SVG);
+  ns->popContext();
+  // Back on top, the entry changes before the next child opens.
+  ns->declare(ZQN_svg, ZQN_NS_MATHML);
+  ns->top().prefix = ZQN_xlink;
+  ns->top().namespaceUri = ZQN_NS_XLINK;
+  ns->pushContext();
+  EXPECT_EQ(ns->lookup(ZQN_svg), ZQN_NS_MATHML);
+  EXPECT_EQ(ns->lookup(ZQN_xlink), ZQN_NS_XLINK);
+  EXPECT_EQ(ns->lookupPrefix(ZQN_NS_SVG), ZQName());
+  EXPECT_EQ(ns->lookupPrefix(ZQN_NS_MATHML), ZQN_svg);
+  EXPECT_EQ(ns->lookupPrefix(ZQN_NS_XLINK), ZQN_xlink);
+  // A map put in place of another is read afresh too.
+  ns->popContext();
+  ns->top().map = new ZQNamespaceMap();
+  ns->pushContext();
+  EXPECT_EQ(ns->lookup(ZQN_svg), ZQName());
+}
+
+TEST(NamespaceManagerIndex, AMillionContextsDeep) {
+  ZQPtr<ZQNamespaceManager> ns = new ZQNamespaceManager();
+  ns->pushContext();
+  ns->declare(ZQName(), ZQN_NS_XHTML);
+  ns->declare(ZQN_svg, ZQN_NS_SVG);
+  const int depth = 1000000;
+  for (int i = 1; i < depth; ++i) {
+    ns->pushContext();
+    ns->top().localName = ZQN_div;
+    ns->top().namespaceUri = ns->lookup(ZQName());
+    if (i == depth / 2) ns->declare(ZQN_xlink, ZQN_NS_XLINK);
+  }
+  EXPECT_EQ(ns->getDepth(), depth);
+  EXPECT_EQ(ns->lookup(ZQName()), ZQN_NS_XHTML);
+  EXPECT_EQ(ns->lookupDefault(), ZQN_NS_XHTML);
+  EXPECT_EQ(ns->lookup(ZQN_svg), ZQN_NS_SVG);
+  EXPECT_EQ(ns->lookup(ZQN_xlink), ZQN_NS_XLINK);
+  EXPECT_EQ(ns->lookupPrefix(ZQN_NS_SVG), ZQN_svg);
+  EXPECT_EQ(ns->lookupPrefix(ZQN_NS_XHTML), ZQName());
+  EXPECT_EQ(ns->getNamespaceCount(1), 2);
+  // Down to the context that declared xlink, then one further.
+  while (ns->getDepth() > depth / 2 + 1) ns->popContext();
+  EXPECT_EQ(ns->lookup(ZQN_xlink), ZQN_NS_XLINK);
+  ns->popContext();
+  EXPECT_EQ(ns->lookup(ZQN_xlink), ZQName());
+  ns->popToBase();
+  EXPECT_EQ(ns->lookup(ZQN_svg), ZQName());
+  EXPECT_EQ(ns->lookup(ZQN_xml), ZQN_NS_XML);
 }
 
 }  // namespace

@@ -1310,6 +1310,24 @@ TEST(TextNode, TextAndData) {
   EXPECT_EQ(utf8(t->getText()), "str");
 }
 
+TEST(TextNode, TextWithMuchSpareRoomGetsAnExactBuffer) {
+  ZQPtr<ZQDocument> doc(new ZQDocument());
+  // A text as a reader leaves it: a buffer grown far past its length.
+  UnicodeString grown(4000, 0, 0);
+  for (int i = 0; i < 100; ++i) grown.append(u"0123456789");
+  ASSERT_GT(grown.getCapacity(), 3000);
+  ZQPtr<ZQTextNode> t = doc->createTextNode(grown);
+  EXPECT_EQ(t->getText(), grown);
+  // The copy handed out shares the node's buffer, so it shows the node's capacity.
+  EXPECT_LT(t->getText().getCapacity(), 1000 + 1000 / 8 + 16);
+  EXPECT_GE(t->getText().getCapacity(), 1000);
+  // A text that fits its buffer keeps sharing it.
+  UnicodeString tight(1000, 0, 0);
+  tight.append(grown);
+  ZQPtr<ZQTextNode> shared = doc->createTextNode(tight);
+  EXPECT_EQ(shared->getText().getBuffer(), tight.getBuffer());
+}
+
 TEST(TextNode, BidiLevel) {
   ZQPtr<ZQDocument> doc(new ZQDocument());
   ZQPtr<ZQTextNode> t = doc->createTextNode(u("abc"));

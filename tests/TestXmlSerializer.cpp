@@ -740,6 +740,102 @@ TEST_F(XmlSerializerTest, StreamThatFailsMidwayRaises71AndStaysFailed) {
   s = nullptr;  // the serializer goes before the stream it writes to
 }
 
+// ---- long writes ----
+
+namespace {
+
+// The escaping rules written out one character at a time, as the reference for long texts.
+std::string referenceEscape(const std::u16string& text, int flags) {
+  std::string out;
+  for (size_t i = 0; i < text.size(); ++i) {
+    char16_t c = text[i];
+    if (flags && c == u'&') {
+      out += "&amp;";
+      continue;
+    }
+    if (flags && c == u'<') {
+      out += "&lt;";
+      continue;
+    }
+    if (flags && c == u'>') {
+      out += "&gt;";
+      continue;
+    }
+    if ((flags & 2) && c == u'"') {
+      out += "&quot;";
+      continue;
+    }
+    if ((flags & 16) && (c == 9 || c == 10 || c == 13)) {
+      out += "&#" + std::to_string(c) + ";";
+      continue;
+    }
+    if (c < 32 && c != 9 && c != 10 && c != 13) continue;
+    if (c < 128) {
+      out += static_cast<char>(c);
+      continue;
+    }
+    if (c < 0x800) {
+      out += static_cast<char>(0xC0 | (c >> 6));
+      out += static_cast<char>(0x80 | (c & 0x3F));
+      continue;
+    }
+    out += static_cast<char>(0xE0 | (c >> 12));
+    out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+    out += static_cast<char>(0x80 | (c & 0x3F));
+  }
+  return out;
+}
+
+// Plain runs of every length round the serializer's gathering size, with escapes, dropped
+// controls and characters beyond ASCII falling on both sides of its edges.
+std::u16string mixedText(int length) {
+  static const char16_t kPieces[] = u"abc&<>\"\t\n\x01\u00e9\u20ac xyz";
+  std::u16string text;
+  for (int i = 0; static_cast<int>(text.size()) < length; ++i) {
+    text.append(static_cast<size_t>(i % 97), u'p');
+    text += kPieces[i % (sizeof kPieces / sizeof kPieces[0] - 1)];
+  }
+  text.resize(static_cast<size_t>(length));
+  return text;
+}
+
+}  // namespace
+
+TEST_F(XmlSerializerTest, LongTextIsEscapedAsCharacterByCharacter) {
+  begin();
+  const std::u16string text = mixedText(9000);
+  s->startTag(ZQName(), nm("a"));
+  s->text(UnicodeString(text.data(), static_cast<int32_t>(text.size())));
+  s->endTag(ZQName(), nm("a"));
+  EXPECT_EQ(written(), "<a>" + referenceEscape(text, 1) + "</a>");
+}
+
+TEST_F(XmlSerializerTest, LongAttributeValueIsEscapedAsCharacterByCharacter) {
+  begin();
+  const std::u16string value = mixedText(7000);
+  s->startTag(ZQName(), nm("a"));
+  s->attribute(ZQName(), nm("v"), UnicodeString(value.data(), static_cast<int32_t>(value.size())));
+  s->endTag(ZQName(), nm("a"));
+  EXPECT_EQ(written(), "<a v=\"" + referenceEscape(value, 19) + "\"/>");
+}
+
+TEST_F(XmlSerializerTest, NamesFollowTheEncodingOfEachOutput) {
+  ZQName name(UnicodeString(u"caf\u00e9"));
+  begin("US-ASCII");
+  s->startTag(ZQName(), name);
+  s->endTag(ZQName(), name);
+  s->endDocument();
+  EXPECT_EQ(written(), "<caf&#233;/>");
+  std::ostringstream second;
+  s->setOutput(second, u("UTF-8"), UnicodeString());
+  s->startDocument(UnicodeString(), UnicodeString());
+  s->startTag(ZQName(), name);
+  s->text(u("x"));
+  s->endTag(ZQName(), name);
+  s->endDocument();
+  EXPECT_EQ(second.str(), "<caf\xc3\xa9>x</caf\xc3\xa9>");
+}
+
 // ---- files ----
 
 TEST_F(XmlSerializerTest, FileOutputIsOwnedAndClosedByEndDocument) {

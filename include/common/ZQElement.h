@@ -1,6 +1,7 @@
 // Elements, attributes and the attribute map of an element.
 #pragma once
 
+#include <utility>
 #include <vector>
 
 #include "common/ZQExport.h"
@@ -76,6 +77,15 @@ class ZQCOMMON_API Attr : public ZQAttr {
   ZQValue getValue() const override { return m_value.getValue(); }
   void setValue(const ZQValue& value) override { m_value.setValue(value); }
   ZQElement* getOwnerElement() const override { return ownerElementField(); }
+
+  /// The stored value itself, for the library's own readers that need no copy of it.
+  const ZQNamedValue& storedValue() const { return m_value; }
+  /// Takes `value` over without copying it; the attribute's name stays.
+  void takeValue(ZQValue&& value) {
+    const ZQName name = m_value.getName();
+    static_cast<ZQValue&>(m_value) = std::move(value);
+    m_value.setName(name);
+  }
 
  private:
   ZQNamedValue m_value;

@@ -1,6 +1,9 @@
 // The stack of open elements and their namespace bindings, shared by the parser and serializer.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -48,7 +51,12 @@ class ZQCOMMON_API ZQNamespaceMap : public ZQRCObject {
   std::vector<Binding>::iterator lowerBound(ZQName prefix);
   std::vector<Binding>::const_iterator lowerBound(ZQName prefix) const;
 
+  friend class ZQNamespaceManager;
+
   std::vector<Binding> m_bindings;
+  // Changes with every set, unique across all maps: the manager tells by it whether an entry
+  // it indexed earlier still holds the same bindings. 0 for a map that was never set.
+  uint64_t m_stamp = 0;
 };
 
 /// A stack of contexts, one per open element, each with the element's names and the
@@ -101,7 +109,36 @@ class ZQCOMMON_API ZQNamespaceManager : public ZQRCObject {
   int getNamespaceCount(int depth) const;
 
  private:
+  // What one entry below the top answers for one key, found by the walk from the top down.
+  struct IndexItem {
+    int depth;
+    ZQName value;
+  };
+  typedef std::vector<IndexItem> IndexStack;
+  // What an entry looked like when it was indexed, and where its items start in the log.
+  struct EntryIndex {
+    bool indexed = false;
+    ZQName prefix;
+    ZQName namespaceUri;
+    uint64_t stamp = 0;
+    size_t logStart = 0;
+  };
+
+  void indexEntry(int depth);
+  void unindexEntry(int depth);
+  void addItem(IndexStack& stack, int depth, ZQName value);
+  ZQName answerBelowTop(const IndexStack* stack) const;
+
   std::vector<Entry> m_entries;
+  // The top entry is always read directly, as its owner may still write it. The entries below
+  // are indexed by key, nearest last, so that each look-up reads one item instead of walking.
+  std::vector<EntryIndex> m_entryIndex;
+  std::unordered_map<ZQName, IndexStack> m_byPrefix;     // lookup
+  std::unordered_map<ZQName, IndexStack> m_byNamespace;  // lookupPrefix
+  IndexStack m_defaults;                                 // lookupDefault
+  // Every item added, in order, so that an entry's items can be dropped from the stacks'
+  // ends. Elements of an unordered_map keep their addresses, so the pointers stay valid.
+  std::vector<IndexStack*> m_indexLog;
   ZQNameTable* m_nameTable;
 };
 

@@ -8,6 +8,7 @@
 #include "common/ZQNodeList.h"
 #include "common/ZQXmlUtil.h"
 #include "core/ZQCommonError.h"
+#include "dom/ZQDomClasses.h"
 
 namespace ZQCommonNS {
 
@@ -168,6 +169,16 @@ void ZQDocument::saveAttributes(ZQNode* node) {
   if (!attributes) return;
   ZQXmlSerializer* serializer = getSerializer();
   for (ZQNode* attr = attributes->getFirstNode(); attr; attr = attributes->getNextNode(attr)) {
+    // A string in an attribute of the library's own class is written from where it lies:
+    // the copy that getNodeValue makes would cost an allocation per attribute.
+    if (isLibraryAttr(attr)) {
+      const ZQNamedValue& stored = static_cast<const Attr*>(attr)->storedValue();
+      if (stored.isString()) {
+        serializer->attribute(attr->getNamespaceUri(), attr->getPrefix(), attr->getLocalName(),
+                              stored.toValueText());
+        continue;
+      }
+    }
     ZQValue value = attr->getNodeValue();
     if (value.isNull()) continue;
     ZQName uri = attr->getNamespaceUri();

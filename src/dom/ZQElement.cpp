@@ -8,6 +8,7 @@
 #include "common/ZQUri.h"
 #include "common/ZQXmlUtil.h"
 #include "core/ZQCommonError.h"
+#include "dom/ZQDomClasses.h"
 
 namespace ZQCommonNS {
 
@@ -142,6 +143,20 @@ void ZQElement::setAttributeNS(ZQName uri, ZQName qname, const ZQValue& value) {
 
 void ZQElement::setAttributeEx(ZQName uri, ZQName prefix, ZQName localName,
                                const UnicodeString& text) {
+  // The library's own element classes keep setAttributeNS as it is here, so a new attribute
+  // of the library's own class may take the string over instead of a copy of it: the loader
+  // sets every attribute this way.
+  if (isLibraryElement(this) && m_attributes && m_ownerDocument &&
+      m_attributes->getNamedItemNS(uri, localName) == nullptr) {
+    ZQPtr<ZQAttr> created = m_ownerDocument->createAttributeNS(uri, prefix, localName);
+    if (!created) return;
+    m_attributes->appendNew(created.get());
+    if (isLibraryAttr(created.get()))
+      static_cast<Attr*>(created.get())->takeValue(stringValue(text));
+    else
+      created->setValue(stringValue(text));
+    return;
+  }
   setAttributeNS(uri, prefix, localName, stringValue(text));
 }
 

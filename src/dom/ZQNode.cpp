@@ -100,22 +100,79 @@ void ZQNode::setText(const UnicodeString&) {}
 void ZQNode::setSourceLineNumber(int) {}
 void ZQNode::setSourceColumnNumber(int) {}
 
-int ZQNode::getSourceLineNumber() const {
-  if (const ZQNode* previous = getPreviousSibling()) {
-    int line = previous->getSourceLineNumber();
-    if (line != -1) return line;
+// A position is looked for by a loop over previous siblings and parents instead of a call per
+// node, which would recurse once per node of a deep or long tree. Each node on the way is
+// still asked through its virtual getter, so that an override keeps its say; a getter that
+// falls back to the one here (and gives its answer back as it is, as ZQElement's does) meets
+// the probe below and hands the search back to the loop, which goes on from that node as the
+// fallback would have.
+namespace {
+
+enum PositionKind { POSITION_LINE, POSITION_COLUMN };
+
+struct PositionProbe {
+  const ZQNode* node;
+  PositionKind kind;
+  bool deferred;
+};
+
+thread_local PositionProbe t_positionProbe = {nullptr, POSITION_LINE, false};
+
+// True, and the probe taken, when `node` is the one being asked by the loop: its getter has
+// fallen back to ZQNode's.
+bool takeProbe(const ZQNode* node, PositionKind kind) {
+  PositionProbe& probe = t_positionProbe;
+  if (probe.node != node || probe.kind != kind || probe.deferred) return false;
+  probe.deferred = true;
+  return true;
+}
+
+// The node's own answer through its virtual getter; `deferred` when it fell back to ZQNode's.
+int askPosition(const ZQNode* node, PositionKind kind, bool& deferred) {
+  // The outer probe comes back on every way out, a getter that throws too.
+  struct Restore {
+    PositionProbe saved = t_positionProbe;
+    ~Restore() { t_positionProbe = saved; }
+  } restore;
+  t_positionProbe = PositionProbe{node, kind, false};
+  int value = kind == POSITION_LINE ? node->getSourceLineNumber() : node->getSourceColumnNumber();
+  deferred = t_positionProbe.deferred;
+  return value;
+}
+
+// The previous sibling's position, else the parent's, each node's own first.
+int findPosition(const ZQNode* start, PositionKind kind) {
+  const ZQNode* node = start;
+  for (;;) {
+    bool deferred = false;
+    if (const ZQNode* previous = node->getPreviousSibling()) {
+      int value = askPosition(previous, kind, deferred);
+      if (deferred) {
+        // Its own search, when it finds nothing, ends at the parent that this node would
+        // ask next: going on from the sibling gives the same answer.
+        node = previous;
+        continue;
+      }
+      if (value != -1) return value;
+    }
+    const ZQNode* parent = node->getParentNode();
+    if (!parent) return -1;
+    int value = askPosition(parent, kind, deferred);
+    if (!deferred) return value;
+    node = parent;
   }
-  const ZQNode* parent = getParentNode();
-  return parent ? parent->getSourceLineNumber() : -1;
+}
+
+}  // namespace
+
+int ZQNode::getSourceLineNumber() const {
+  if (takeProbe(this, POSITION_LINE)) return -1;
+  return findPosition(this, POSITION_LINE);
 }
 
 int ZQNode::getSourceColumnNumber() const {
-  if (const ZQNode* previous = getPreviousSibling()) {
-    int column = previous->getSourceColumnNumber();
-    if (column != -1) return column;
-  }
-  const ZQNode* parent = getParentNode();
-  return parent ? parent->getSourceColumnNumber() : -1;
+  if (takeProbe(this, POSITION_COLUMN)) return -1;
+  return findPosition(this, POSITION_COLUMN);
 }
 
 UnicodeString ZQNode::getBaseUri() const {

@@ -2,6 +2,7 @@
 #include "common/ZQNamespaceManager.h"
 
 #include <algorithm>
+#include <atomic>
 
 namespace ZQCommonNS {
 
@@ -27,6 +28,8 @@ std::vector<ZQNamespaceMap::Binding>::const_iterator ZQNamespaceMap::lowerBound(
 }
 
 void ZQNamespaceMap::set(ZQName prefix, ZQName ns) {
+  static std::atomic<uint64_t> nextStamp{0};
+  m_stamp = nextStamp.fetch_add(1, std::memory_order_relaxed) + 1;
   auto it = lowerBound(prefix);
   if (it != m_bindings.end() && it->first == prefix) {
     it->second = ns;
@@ -65,7 +68,9 @@ ZQName ZQNamespaceMap::getNamespace(int pos) const {
 ZQNamespaceManager::ZQNamespaceManager() : m_nameTable(ZQNameTable::addRefSharedNameTable()) {
   // Run-time names stay valid while a manager holds them, hence the table reference above.
   m_entries.reserve(16);
+  m_entryIndex.reserve(16);
   m_entries.emplace_back();
+  m_entryIndex.emplace_back();
   ZQNamespaceMap* base = new ZQNamespaceMap();
   m_entries.back().map = base;
   base->set(ZQN_xml, ZQN_NS_XML);
@@ -79,17 +84,91 @@ ZQNamespaceManager::~ZQNamespaceManager() {
   ZQNameTable::releaseSharedNameTable();
 }
 
-void ZQNamespaceManager::pushContext() { m_entries.emplace_back(); }
+void ZQNamespaceManager::pushContext() {
+  // The top stops being written once a context opens above it: from now on it is looked up
+  // through the index.
+  indexEntry(getDepth());
+  m_entries.emplace_back();
+  m_entryIndex.emplace_back();
+}
 
 bool ZQNamespaceManager::popContext() {
   if (m_entries.size() < 2) return false;
+  unindexEntry(getDepth());
   m_entries.pop_back();
+  m_entryIndex.pop_back();
+  // The new top keeps its items: look-ups pass over them, and the next push keeps them if
+  // the entry is unchanged by then.
   return true;
 }
 
 void ZQNamespaceManager::popToBase() {
   while (popContext()) {
   }
+}
+
+void ZQNamespaceManager::addItem(IndexStack& stack, int depth, ZQName value) {
+  stack.push_back(IndexItem{depth, value});
+  m_indexLog.push_back(&stack);
+}
+
+void ZQNamespaceManager::indexEntry(int depth) {
+  const Entry& entry = m_entries[static_cast<size_t>(depth)];
+  EntryIndex& index = m_entryIndex[static_cast<size_t>(depth)];
+  uint64_t stamp = entry.map ? entry.map->m_stamp : 0;
+  if (index.indexed) {
+    if (index.prefix == entry.prefix && index.namespaceUri == entry.namespaceUri &&
+        index.stamp == stamp)
+      return;
+    unindexEntry(depth);
+  }
+  index.indexed = true;
+  index.prefix = entry.prefix;
+  index.namespaceUri = entry.namespaceUri;
+  index.stamp = stamp;
+  index.logStart = m_indexLog.size();
+
+  // Each stack gets at most one item for this depth: the one the walk would stop at.
+  bool ownAnswers = !entry.namespaceUri.isEmpty();
+  if (ownAnswers) addItem(m_byPrefix[entry.prefix], depth, entry.namespaceUri);
+  if (!entry.prefix.isEmpty()) addItem(m_byNamespace[entry.namespaceUri], depth, entry.prefix);
+  if (!entry.map) return;
+  for (const ZQNamespaceMap::Binding& binding : *entry.map) {
+    ZQName prefix = binding.first;
+    ZQName ns = binding.second;
+    if (!(ownAnswers && prefix == entry.prefix)) {
+      // A prefix bound to 0 is passed over, but xmlns="" answers 0 for the default.
+      if (!ns.isEmpty() || prefix.isEmpty()) addItem(m_byPrefix[prefix], depth, ns);
+    }
+    if (prefix.isEmpty()) {
+      addItem(m_defaults, depth, ns);
+    } else {
+      IndexStack& stack = m_byNamespace[ns];
+      // The element's name, then the map in order: the first one answers.
+      if (stack.empty() || stack.back().depth != depth) addItem(stack, depth, prefix);
+    }
+  }
+}
+
+void ZQNamespaceManager::unindexEntry(int depth) {
+  EntryIndex& index = m_entryIndex[static_cast<size_t>(depth)];
+  if (!index.indexed) return;
+  // Only entries up to the top are indexed, in depth order, so this entry's items are the
+  // last ones of the log and of each stack they went to.
+  while (m_indexLog.size() > index.logStart) {
+    m_indexLog.back()->pop_back();
+    m_indexLog.pop_back();
+  }
+  index.indexed = false;
+}
+
+ZQName ZQNamespaceManager::answerBelowTop(const IndexStack* stack) const {
+  if (!stack) return ZQName();
+  int top = getDepth();
+  // The top's own items, if it still has some from an earlier push, are stale: skip them.
+  for (auto it = stack->rbegin(); it != stack->rend(); ++it)
+    if (it->depth < top) return it->value;
+  return ZQName();
 }
 
 void ZQNamespaceManager::declare(ZQName prefix, ZQName ns) {
@@ -102,36 +181,36 @@ void ZQNamespaceManager::declare(ZQName prefix, ZQName ns) {
 }
 
 ZQName ZQNamespaceManager::lookup(ZQName prefix) const {
-  for (auto it = m_entries.rbegin(); it != m_entries.rend(); ++it) {
-    if (it->prefix == prefix && !it->namespaceUri.isEmpty()) return it->namespaceUri;
-    ZQName ns;
-    if (it->map && it->map->find(prefix, ns)) {
-      if (!ns.isEmpty()) return ns;
-      // xmlns="" undeclares the default namespace here and below; a prefix bound to
-      // nothing is passed over.
-      if (prefix.isEmpty()) return ZQName();
-    }
+  const Entry& top = m_entries.back();
+  if (top.prefix == prefix && !top.namespaceUri.isEmpty()) return top.namespaceUri;
+  ZQName ns;
+  if (top.map && top.map->find(prefix, ns)) {
+    if (!ns.isEmpty()) return ns;
+    // xmlns="" undeclares the default namespace here and below; a prefix bound to
+    // nothing is passed over.
+    if (prefix.isEmpty()) return ZQName();
   }
-  return ZQName();
+  auto found = m_byPrefix.find(prefix);
+  return answerBelowTop(found == m_byPrefix.end() ? nullptr : &found->second);
 }
 
 ZQName ZQNamespaceManager::lookupDefault() const {
-  for (auto it = m_entries.rbegin(); it != m_entries.rend(); ++it) {
-    ZQName ns;
-    if (it->map && it->map->find(ZQName(), ns)) return ns;
-  }
-  return ZQName();
+  const Entry& top = m_entries.back();
+  ZQName ns;
+  if (top.map && top.map->find(ZQName(), ns)) return ns;
+  return answerBelowTop(&m_defaults);
 }
 
 ZQName ZQNamespaceManager::lookupPrefix(ZQName ns) const {
-  for (auto it = m_entries.rbegin(); it != m_entries.rend(); ++it) {
-    if (it->namespaceUri == ns && !it->prefix.isEmpty()) return it->prefix;
-    if (!it->map) continue;
-    for (const ZQNamespaceMap::Binding& binding : *it->map) {
+  const Entry& top = m_entries.back();
+  if (top.namespaceUri == ns && !top.prefix.isEmpty()) return top.prefix;
+  if (top.map) {
+    for (const ZQNamespaceMap::Binding& binding : *top.map) {
       if (binding.second == ns && !binding.first.isEmpty()) return binding.first;
     }
   }
-  return ZQName();
+  auto found = m_byNamespace.find(ns);
+  return answerBelowTop(found == m_byNamespace.end() ? nullptr : &found->second);
 }
 
 int ZQNamespaceManager::getNamespaceCount(int depth) const {

@@ -3,6 +3,7 @@
 #include <unicode/locid.h>
 #include <unicode/utf16.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <fstream>
@@ -47,34 +48,109 @@ const UnicodeString& emptyText() { return ZQEmptyString::EMPTY_VALUE; }
 
 bool isXmlSpace(char16_t c) { return c == 0x20 || c == 0x09 || c == 0x0A || c == 0x0D; }
 
-// Puts bytes straight into the stream's buffer, as the stream's own put and write do but
-// without a sentry per byte. The first refused byte marks the stream bad, and nothing more of
-// the call is written, as with put.
+// Gathers the bytes of one write in a small buffer of its own and hands them to the stream's
+// buffer in blocks, without a sentry or a call per byte. The first refused block marks the
+// stream bad, and nothing more of the call is written, as with put.
 class ByteSink {
  public:
-  explicit ByteSink(std::ostream& out) : m_out(out), m_buf(out.rdbuf()) {}
+  explicit ByteSink(std::ostream& out) : m_out(&out), m_buf(out.rdbuf()) {}
+  /// Gathers into `text` instead of a stream.
+  explicit ByteSink(std::string& text) : m_out(nullptr), m_buf(nullptr), m_text(&text) {}
+  ByteSink(const ByteSink&) = delete;
+  ByteSink& operator=(const ByteSink&) = delete;
+
   void put(char c) {
-    if (m_failed) return;
-    if (!m_buf ||
-        std::ostream::traits_type::eq_int_type(m_buf->sputc(c), std::ostream::traits_type::eof())) {
-      fail();
+    if (m_used == kSize) drain();
+    m_bytes[m_used++] = c;
+  }
+  void write(const char* text, size_t n) {
+    if (n > kSize - m_used) {
+      drain();
+      if (n > kSize) {
+        send(text, n);
+        return;
+      }
+    }
+    std::memcpy(m_bytes + m_used, text, n);
+    m_used += n;
+  }
+  /// Code units known to be below 128, one byte each.
+  void writeNarrow(const char16_t* chars, size_t n) {
+    while (n > 0) {
+      if (m_used == kSize) drain();
+      size_t k = std::min(n, kSize - m_used);
+      char* to = m_bytes + m_used;
+      for (size_t i = 0; i < k; ++i) to[i] = static_cast<char>(chars[i]);
+      m_used += k;
+      chars += k;
+      n -= k;
     }
   }
-  void write(const char* text, std::streamsize n) {
-    if (m_failed) return;
-    if (!m_buf || m_buf->sputn(text, n) != n) fail();
+  /// Hands what is gathered to the stream; to be called before the sink goes.
+  void drain() {
+    if (m_used) send(m_bytes, m_used);
+    m_used = 0;
   }
 
  private:
+  static constexpr size_t kSize = 2048;
+  static constexpr size_t kShort = 48;
+
+  void send(const char* bytes, size_t n) {
+    if (m_text) {
+      m_text->append(bytes, n);
+      return;
+    }
+    if (m_failed) return;
+    if (!m_buf) return fail();
+    if (n <= kShort) {
+      // A few bytes go in through the inline put: a block call costs more than it saves.
+      for (size_t i = 0; i < n; ++i) {
+        if (std::ostream::traits_type::eq_int_type(m_buf->sputc(bytes[i]),
+                                                   std::ostream::traits_type::eof()))
+          return fail();
+      }
+      return;
+    }
+    const auto count = static_cast<std::streamsize>(n);
+    if (m_buf->sputn(bytes, count) != count) fail();
+  }
   void fail() {
     m_failed = true;
-    m_out.setstate(std::ios::badbit);
+    if (m_out) m_out->setstate(std::ios::badbit);
   }
 
-  std::ostream& m_out;
+  std::ostream* m_out;
   std::streambuf* m_buf;
+  std::string* m_text = nullptr;
   bool m_failed = false;
+  size_t m_used = 0;
+  char m_bytes[kSize];
 };
+
+// For each flags word, which characters below 128 go out as they are, one byte each: the
+// common case, copied in runs. The others take the careful road.
+struct PlainTable {
+  bool plain[32][128];
+};
+
+constexpr PlainTable makePlainTable() {
+  PlainTable table{};
+  for (int flags = 0; flags < 32; ++flags) {
+    for (int c = 0; c < 128; ++c) {
+      bool plain = c >= 32 || c == 9 || c == 10 || c == 13;
+      if (flags != 0 && (c == '&' || c == '<' || c == '>')) plain = false;
+      if ((flags & 2) && c == '"') plain = false;
+      if ((flags & 4) && c == '\'') plain = false;
+      if ((flags & 8) && (c < 32 || c == 127)) plain = false;
+      if ((flags & 16) && (c == 9 || c == 10 || c == 13)) plain = false;
+      table.plain[flags][c] = plain;
+    }
+  }
+  return table;
+}
+
+constexpr PlainTable kPlain = makePlainTable();
 
 void putReference(ByteSink& out, UChar32 c) {
   char buffer[16];
@@ -90,10 +166,116 @@ void putReference(ByteSink& out, UChar32 c) {
   } while (value != 0);
   while (count > 0) buffer[n++] = digits[--count];
   buffer[n++] = ';';
-  out.write(buffer, n);
+  out.write(buffer, static_cast<size_t>(n));
+}
+
+// Escapes and encodes `length` code units into `out`, as told by `flags`.
+void appendChars(ByteSink& out, const char16_t* chars, int length, int flags, bool asciiOnly) {
+  if (!chars || length <= 0) return;
+  const bool* plain = kPlain.plain[flags & 31];
+  for (int i = 0; i < length; ++i) {
+    // A run that needs no escaping and no encoding is copied in one go.
+    int end = i;
+    while (end < length && chars[end] < 128 && plain[chars[end]]) ++end;
+    if (end > i) {
+      out.writeNarrow(chars + i, static_cast<size_t>(end - i));
+      i = end;
+      if (i == length) break;
+    }
+    const char16_t c = chars[i];
+    if (flags != 0) {
+      if (c == u'&') {
+        out.write("&amp;", 5);
+        continue;
+      }
+      if (c == u'<') {
+        out.write("&lt;", 4);
+        continue;
+      }
+      if (c == u'>') {
+        out.write("&gt;", 4);
+        continue;
+      }
+      if ((flags & ZQXmlSerializerImpl::ESCAPE_QUOTE) && c == u'"') {
+        out.write("&quot;", 6);
+        continue;
+      }
+      if (((flags & ZQXmlSerializerImpl::ESCAPE_APOSTROPHE) && c == u'\'') ||
+          ((flags & ZQXmlSerializerImpl::ESCAPE_CONTROLS) && (c < 32 || c == 127)) ||
+          ((flags & ZQXmlSerializerImpl::ESCAPE_LINE_BREAKS) && (c == 9 || c == 10 || c == 13))) {
+        putReference(out, c);
+        continue;
+      }
+    }
+    if (c < 128) {
+      // Other controls can't be written in XML 1.0 at all; they are dropped.
+      if (c < 32 && c != 9 && c != 10 && c != 13) continue;
+      out.put(static_cast<char>(c));
+      continue;
+    }
+    UChar32 cp = c;
+    if (U16_IS_LEAD(c) && i + 1 < length && U16_IS_TRAIL(chars[i + 1])) {
+      cp = U16_GET_SUPPLEMENTARY(c, chars[i + 1]);
+      ++i;
+    }
+    if (asciiOnly) {
+      putReference(out, cp);
+    } else if (cp < 0x800) {
+      out.put(static_cast<char>(0xC0 | (cp >> 6)));
+      out.put(static_cast<char>(0x80 | (cp & 0x3F)));
+    } else if (cp < 0x10000) {
+      // A lone surrogate takes this road too, as three bytes of its own.
+      out.put(static_cast<char>(0xE0 | (cp >> 12)));
+      out.put(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
+      out.put(static_cast<char>(0x80 | (cp & 0x3F)));
+    } else {
+      out.put(static_cast<char>(0xF0 | (cp >> 18)));
+      out.put(static_cast<char>(0x80 | ((cp >> 12) & 0x3F)));
+      out.put(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
+      out.put(static_cast<char>(0x80 | (cp & 0x3F)));
+    }
+  }
+}
+
+void appendText(ByteSink& out, const UnicodeString& text, int flags, bool asciiOnly) {
+  appendChars(out, text.getBuffer(), text.length(), flags, asciiOnly);
+}
+
+ByteSink sinkFor(std::string& pending, std::ostream& stream, bool owned) {
+  return owned ? ByteSink(pending) : ByteSink(stream);
+}
+
+// A qualified name as written in markup: "prefix:local", or the local name alone.
+void appendQName(ByteSink& out, const std::string* prefix, const std::string& localName) {
+  if (prefix) {
+    out.write(prefix->data(), prefix->size());
+    out.put(':');
+  }
+  out.write(localName.data(), localName.size());
 }
 
 }  // namespace
+
+// Into a file of its own the serializer writes through m_pending, handed to the file in large
+// blocks: nobody else can see that stream before it is flushed or closed. A caller's stream
+// gets every write at once, as it is made.
+void ZQXmlSerializerImpl::wrote() {
+  if (m_pending.size() >= kPendingLimit) flushPending();
+}
+
+void ZQXmlSerializerImpl::flushPending() noexcept {
+  if (m_pending.empty()) return;
+  try {
+    if (m_output && m_output->good()) {
+      ByteSink out(*m_output);
+      out.write(m_pending.data(), m_pending.size());
+      out.drain();
+    }
+  } catch (...) {
+    // A stream that throws on failure keeps its state; the next write reports it.
+  }
+  m_pending.clear();
+}
 
 ZQXmlSerializerImpl::ZQXmlSerializerImpl()
     : m_state(STATE_RESET),
@@ -159,11 +341,14 @@ void ZQXmlSerializerImpl::reset() {
     m_namespaces->popToBase();
   }
   m_pendingAttributes.clear();
+  m_nameBytes.clear();
+  m_pending.clear();
   m_output = nullptr;
   m_state = STATE_RESET;
 }
 
 void ZQXmlSerializerImpl::endOutput() {
+  flushPending();
   if (m_output) {
     m_output->flush();
     if (m_ownsOutput) {
@@ -344,8 +529,7 @@ ZQXmlSerializer* ZQXmlSerializerImpl::startTagSub(ZQName ns, ZQName prefix, ZQNa
   entry.localName = localName;
   // The context belongs to its element now, whatever the write below does.
   m_state = STATE_START_TAG_OPEN;
-  writeAscii("<");
-  writeQName(prefix, localName);
+  writeMarkupName("<", prefix, localName, "");
   return this;
 }
 
@@ -468,9 +652,7 @@ ZQXmlSerializer* ZQXmlSerializerImpl::endTag(ZQName ns, ZQName localName) {
   if (m_state == STATE_START_TAG_OPEN || m_state == STATE_ATTRIBUTES_WRITTEN) {
     finishStartTag(true);
   } else {
-    writeAscii("</");
-    writeQName(open.prefix, open.localName);
-    writeAscii(">");
+    writeMarkupName("</", open.prefix, open.localName, ">");
     m_state = STATE_END_TAG_WRITTEN;
   }
   m_namespaces->popContext();
@@ -555,6 +737,7 @@ void ZQXmlSerializerImpl::ignorableWhitespace(const UnicodeString& text) {
 
 void ZQXmlSerializerImpl::flush() {
   checkStream();
+  flushPending();
   m_output->flush();
   // A flush that fails is as much a failure of the output as a failed write.
   checkStream();
@@ -566,25 +749,58 @@ void ZQXmlSerializerImpl::setGenerator(const UnicodeString& text) { m_generator 
 
 void ZQXmlSerializerImpl::writeAscii(const char* text) {
   checkStream();
-  ByteSink out(*m_output);
-  out.write(text, static_cast<std::streamsize>(std::strlen(text)));
+  ByteSink out = sinkFor(m_pending, *m_output, m_ownsOutput);
+  out.write(text, std::strlen(text));
+  out.drain();
+  wrote();
 }
 
-void ZQXmlSerializerImpl::writeQName(ZQName prefix, ZQName localName) {
-  if (!prefix.isEmpty()) {
-    writeText(prefix.toString(), 0);
-    writeAscii(":");
+const std::string& ZQXmlSerializerImpl::nameBytes(ZQName name, int spare) {
+  // Names repeat all through a document: each is encoded once per output, which also spares
+  // the name table's lock on every look-up of a run-time name.
+  const bool asciiOnly = m_outputEncoding != OUTPUT_UTF8;
+  if (asciiOnly != m_nameBytesAscii) {
+    m_nameBytes.clear();
+    m_nameBytesAscii = asciiOnly;
   }
-  writeText(localName.toString(), 0);
+  const auto index = static_cast<size_t>(static_cast<ZQNameEnum>(name));
+  std::string* bytes = &m_nameSpare[spare & 1];
+  if (index < kNameCacheLimit) {
+    if (index >= m_nameBytes.size()) m_nameBytes.resize(index + 1);
+    bytes = &m_nameBytes[index];
+    if (!bytes->empty()) return *bytes;
+  }
+  bytes->clear();
+  ByteSink out(*bytes);
+  appendText(out, name.toString(), 0, asciiOnly);
+  out.drain();
+  return *bytes;
+}
+
+void ZQXmlSerializerImpl::writeMarkupName(const char* before, ZQName prefix, ZQName localName,
+                                          const char* after) {
+  checkStream();
+  ByteSink out = sinkFor(m_pending, *m_output, m_ownsOutput);
+  out.write(before, std::strlen(before));
+  appendQName(out, prefix.isEmpty() ? nullptr : &nameBytes(prefix, 0), nameBytes(localName, 1));
+  out.write(after, std::strlen(after));
+  out.drain();
+  wrote();
 }
 
 void ZQXmlSerializerImpl::writeAttribute(ZQName prefix, ZQName localName,
                                          const UnicodeString& value) {
-  writeAscii(" ");
-  writeQName(prefix, localName);
-  writeAscii("=\"");
-  writeText(value, ATTRIBUTE_FLAGS);
-  writeAscii("\"");
+  // One gathering for the whole attribute: its pieces are small.
+  checkStream();
+  ByteSink out = sinkFor(m_pending, *m_output, m_ownsOutput);
+  const bool asciiOnly = m_outputEncoding != OUTPUT_UTF8;
+  out.put(' ');
+  appendQName(out, prefix.isEmpty() ? nullptr : &nameBytes(prefix, 0), nameBytes(localName, 1));
+  out.write("=\"", 2);
+  appendText(out, value, ATTRIBUTE_FLAGS, asciiOnly);
+  out.put('"');
+  out.drain();
+  wrote();
 }
 
 void ZQXmlSerializerImpl::writeText(const UnicodeString& text, int flags) {
@@ -595,62 +811,10 @@ void ZQXmlSerializerImpl::writeText(const UnicodeString& text, int flags) {
 void ZQXmlSerializerImpl::writeChars(const char16_t* chars, int length, int flags) {
   checkStream();
   if (!chars || length <= 0) return;
-  ByteSink out(*m_output);
-  const bool asciiOnly = m_outputEncoding != OUTPUT_UTF8;
-  for (int i = 0; i < length; ++i) {
-    const char16_t c = chars[i];
-    if (flags != 0) {
-      if (c == u'&') {
-        out.write("&amp;", 5);
-        continue;
-      }
-      if (c == u'<') {
-        out.write("&lt;", 4);
-        continue;
-      }
-      if (c == u'>') {
-        out.write("&gt;", 4);
-        continue;
-      }
-      if ((flags & ESCAPE_QUOTE) && c == u'"') {
-        out.write("&quot;", 6);
-        continue;
-      }
-      if (((flags & ESCAPE_APOSTROPHE) && c == u'\'') ||
-          ((flags & ESCAPE_CONTROLS) && (c < 32 || c == 127)) ||
-          ((flags & ESCAPE_LINE_BREAKS) && (c == 9 || c == 10 || c == 13))) {
-        putReference(out, c);
-        continue;
-      }
-    }
-    if (c < 128) {
-      // Other controls can't be written in XML 1.0 at all; they are dropped.
-      if (c < 32 && c != 9 && c != 10 && c != 13) continue;
-      out.put(static_cast<char>(c));
-      continue;
-    }
-    UChar32 cp = c;
-    if (U16_IS_LEAD(c) && i + 1 < length && U16_IS_TRAIL(chars[i + 1])) {
-      cp = U16_GET_SUPPLEMENTARY(c, chars[i + 1]);
-      ++i;
-    }
-    if (asciiOnly) {
-      putReference(out, cp);
-    } else if (cp < 0x800) {
-      out.put(static_cast<char>(0xC0 | (cp >> 6)));
-      out.put(static_cast<char>(0x80 | (cp & 0x3F)));
-    } else if (cp < 0x10000) {
-      // A lone surrogate takes this road too, as three bytes of its own.
-      out.put(static_cast<char>(0xE0 | (cp >> 12)));
-      out.put(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
-      out.put(static_cast<char>(0x80 | (cp & 0x3F)));
-    } else {
-      out.put(static_cast<char>(0xF0 | (cp >> 18)));
-      out.put(static_cast<char>(0x80 | ((cp >> 12) & 0x3F)));
-      out.put(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
-      out.put(static_cast<char>(0x80 | (cp & 0x3F)));
-    }
-  }
+  ByteSink out = sinkFor(m_pending, *m_output, m_ownsOutput);
+  appendChars(out, chars, length, flags, m_outputEncoding != OUTPUT_UTF8);
+  out.drain();
+  wrote();
 }
 
 }  // namespace ZQCommonNS

@@ -2,8 +2,10 @@
 // straight to a standard stream, with no buffer of its own.
 #pragma once
 
+#include <deque>
 #include <map>
 #include <ostream>
+#include <string>
 #include <utility>
 
 #include "common/ZQExport.h"
@@ -131,7 +133,10 @@ class ZQCOMMON_API ZQXmlSerializerImpl : public ZQXmlSerializer {
   void writeAscii(const char* text);
   void writeText(const UnicodeString& text, int flags);
   void writeChars(const char16_t* chars, int length, int flags);
-  void writeQName(ZQName prefix, ZQName localName);
+  void writeMarkupName(const char* before, ZQName prefix, ZQName localName, const char* after);
+  const std::string& nameBytes(ZQName name, int spare);
+  void wrote();
+  void flushPending() noexcept;
   void writeAttribute(ZQName prefix, ZQName localName, const UnicodeString& value);
 
   int m_state;
@@ -147,6 +152,16 @@ class ZQCOMMON_API ZQXmlSerializerImpl : public ZQXmlSerializer {
   OutputEncoding m_outputEncoding;
   /// The state that a setPrefix found, given back when its context is dropped.
   int m_stateBeforePrefixes;
+  // The bytes of each name written to this output, by name number. A deque, so that a name's
+  // bytes stay in place while another name is added. Names above the limit are encoded each
+  // time into one of the spare strings.
+  static constexpr size_t kNameCacheLimit = 1u << 16;
+  std::deque<std::string> m_nameBytes;
+  bool m_nameBytesAscii = false;
+  std::string m_nameSpare[2];
+  // Bytes bound for an output file of the serializer's own, handed over in large blocks.
+  static constexpr size_t kPendingLimit = 65536;
+  std::string m_pending;
 };
 
 }  // namespace ZQCommonNS

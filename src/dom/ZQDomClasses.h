@@ -1,0 +1,23 @@
+// Tests for nodes of exactly the library's own classes. Such nodes keep the library's own
+// operations, so code inside the library may use their fields without the virtual road.
+#pragma once
+
+#include <typeinfo>
+
+#include "common/ZQElement.h"
+
+namespace ZQCommonNS {
+
+// Type objects are compared by address, which costs no string comparison: a derived class
+// never matches, and a miss would only cost the slower road.
+inline bool isLibraryAttr(const ZQNode* node) {
+  const std::type_info* type = &typeid(*node);
+  return type == &typeid(Attr) || type == &typeid(AttrNS);
+}
+
+inline bool isLibraryElement(const ZQNode* node) {
+  const std::type_info* type = &typeid(*node);
+  return type == &typeid(ElementNS) || type == &typeid(Element);
+}
+
+}  // namespace ZQCommonNS
