@@ -249,6 +249,11 @@ int ZQXmlParserImpl::peekToken() {
     }
   }
   UChar32 c = readChar();
+  if (m_parserType == ZQN_text && c == kEnd && !m_inputStack.empty()) {
+    // An included text that is empty gives way to the outer input at once.
+    popStream();
+    return peekToken();
+  }
   if (m_parserType == ZQN_text && c != kEnd) {
     unreadChar(c);
     result = TOKEN_TEXT;
