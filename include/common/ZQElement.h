@@ -151,6 +151,10 @@ class ZQCOMMON_API AttrNodeMap : public ZQNamedNodeMap {
   explicit AttrNodeMap(ZQElement* owner);
   ~AttrNodeMap() override;
 
+  /// Maps come from the tree's own pool of small objects, as nodes do.
+  static void* operator new(std::size_t size);
+  static void operator delete(void* p, std::size_t size) noexcept;
+
   ZQNode* getFirstNode() override;
   ZQNode* getLastNode() override;
   /// Null for null, for the last attribute and for a node of another element.
