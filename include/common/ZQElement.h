@@ -107,6 +107,8 @@ class ZQCOMMON_API AttrNS : public Attr {
   ZQName getNamespaceUri() const override;
 
  private:
+  friend class AttrNodeMap;
+
   ZQName m_namespace;
   ZQName m_prefix;
 };
@@ -186,6 +188,8 @@ class ZQCOMMON_API AttrNodeMap : public ZQNamedNodeMap {
   void linkLast(ZQAttr* attr);
   /// Takes a new reference on `attr` and appends it without checks or search.
   void appendNew(ZQAttr* attr);
+  /// Appends `attr` of `owner`, taking over the caller's reference, without checks or search.
+  void adoptNew(ZQAttr* attr, ZQElement* owner);
   /// Unlinks `attr`, whose predecessor in the ring is `previous`; the map's reference comes
   /// back in the result.
   ZQPtr<ZQAttr> unlink(ZQAttr* attr, ZQAttr* previous);
