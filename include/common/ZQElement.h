@@ -107,6 +107,8 @@ class ZQCOMMON_API AttrNS : public Attr {
   ZQName getNamespaceUri() const override;
 
  private:
+  friend class AttrNodeMap;
+
   ZQName m_namespace;
   ZQName m_prefix;
 };
@@ -151,6 +153,10 @@ class ZQCOMMON_API AttrNodeMap : public ZQNamedNodeMap {
   explicit AttrNodeMap(ZQElement* owner);
   ~AttrNodeMap() override;
 
+  /// Maps come from the tree's own pool of small objects, as nodes do.
+  static void* operator new(std::size_t size);
+  static void operator delete(void* p, std::size_t size) noexcept;
+
   ZQNode* getFirstNode() override;
   ZQNode* getLastNode() override;
   /// Null for null, for the last attribute and for a node of another element.
@@ -182,6 +188,8 @@ class ZQCOMMON_API AttrNodeMap : public ZQNamedNodeMap {
   void linkLast(ZQAttr* attr);
   /// Takes a new reference on `attr` and appends it without checks or search.
   void appendNew(ZQAttr* attr);
+  /// Appends `attr` of `owner`, taking over the caller's reference, without checks or search.
+  void adoptNew(ZQAttr* attr, ZQElement* owner);
   /// Unlinks `attr`, whose predecessor in the ring is `previous`; the map's reference comes
   /// back in the result.
   ZQPtr<ZQAttr> unlink(ZQAttr* attr, ZQAttr* previous);

@@ -2,6 +2,10 @@
 #pragma once
 
 #include "common/ZQExport.h"
+
+#include <cstddef>
+#include <new>
+
 #include "common/ZQName.h"
 #include "common/ZQNodeList.h"
 #include "common/ZQObject.h"
@@ -37,6 +41,18 @@ class ZQCOMMON_API ZQNode : public ZQRCObject {
     DOCUMENT_FRAGMENT_NODE = 11,
     NOTATION_NODE = 12,
   };
+
+  /// Nodes come from the tree's own pool of small objects, derived classes' nodes too.
+  static void* operator new(std::size_t size);
+  static void operator delete(void* p, std::size_t size) noexcept;
+  static void* operator new(std::size_t size, std::align_val_t align) {
+    return ::operator new(size, align);
+  }
+  static void operator delete(void* p, std::align_val_t align) noexcept {
+    ::operator delete(p, align);
+  }
+  static void* operator new(std::size_t, void* place) noexcept { return place; }
+  static void operator delete(void*, void*) noexcept {}
 
   /// Bits of the flag word; bits above these are free for derived classes.
   enum Flag : int {

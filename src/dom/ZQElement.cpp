@@ -2,6 +2,8 @@
 // cloning.
 #include "common/ZQElement.h"
 
+#include <new>
+#include <utility>
 #include <vector>
 
 #include "common/ZQDocument.h"
@@ -31,6 +33,14 @@ const ZQElement* parentElement(const ZQNode* node) {
 ZQName valueAsName(const ZQValue& value) { return value.isNull() ? ZQName() : value.toZQName(); }
 
 ZQValue stringValue(const UnicodeString& text) { return ZQValue(text, ZQUNIT_NONE); }
+
+/// The object of `held`, whose reference now belongs to the caller: the holder is moved into
+/// storage that is never destroyed, so it never releases.
+template <class T>
+T* giveUpReference(ZQPtr<T>&& held) {
+  alignas(ZQPtr<T>) unsigned char slot[sizeof(ZQPtr<T>)];
+  return (new (slot) ZQPtr<T>(std::move(held)))->get();
+}
 
 /// Calls `visit` on each attribute of `map` in ring order until it answers true; returns the
 /// attribute that stopped the walk, or null.
@@ -150,11 +160,13 @@ void ZQElement::setAttributeEx(ZQName uri, ZQName prefix, ZQName localName,
       m_attributes->getNamedItemNS(uri, localName) == nullptr) {
     ZQPtr<ZQAttr> created = m_ownerDocument->createAttributeNS(uri, prefix, localName);
     if (!created) return;
-    m_attributes->appendNew(created.get());
-    if (isLibraryAttr(created.get()))
-      static_cast<Attr*>(created.get())->takeValue(stringValue(text));
+    // The factory's reference becomes the map's, without a count up and down.
+    ZQAttr* attr = giveUpReference(std::move(created));
+    m_attributes->adoptNew(attr, this);
+    if (isLibraryAttr(attr))
+      static_cast<Attr*>(attr)->takeValue(stringValue(text));
     else
-      created->setValue(stringValue(text));
+      attr->setValue(stringValue(text));
     return;
   }
   setAttributeNS(uri, prefix, localName, stringValue(text));

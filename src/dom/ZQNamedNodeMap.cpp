@@ -3,8 +3,16 @@
 #include "common/ZQDocument.h"
 #include "common/ZQElement.h"
 #include "core/ZQCommonError.h"
+#include "dom/ZQDomClasses.h"
+#include "dom/ZQNodePool.h"
 
 namespace ZQCommonNS {
+
+void* AttrNodeMap::operator new(std::size_t size) { return nodepool::allocate(size); }
+
+void AttrNodeMap::operator delete(void* p, std::size_t size) noexcept {
+  nodepool::deallocate(p, size);
+}
 
 namespace {
 
@@ -24,7 +32,10 @@ AttrNodeMap::~AttrNodeMap() { clear(); }
 
 ZQAttr* AttrNodeMap::lastAttr() const {
   // The pointer names an attribute once the ring has started; before that, the element.
-  if (m_node == nullptr || !m_node->isA(ZQAttr::getStaticTypeID())) return nullptr;
+  // The library's own classes answer without a virtual call.
+  if (m_node == nullptr) return nullptr;
+  if (isLibraryAttr(m_node)) return static_cast<ZQAttr*>(m_node);
+  if (isLibraryElement(m_node) || !m_node->isA(ZQAttr::getStaticTypeID())) return nullptr;
   return static_cast<ZQAttr*>(m_node);
 }
 
@@ -55,6 +66,11 @@ void AttrNodeMap::linkLast(ZQAttr* attr) {
 void AttrNodeMap::appendNew(ZQAttr* attr) {
   attr->addRef();
   static_cast<ZQNode*>(attr)->m_parent = getOwnerElement();
+  linkLast(attr);
+}
+
+void AttrNodeMap::adoptNew(ZQAttr* attr, ZQElement* owner) {
+  static_cast<ZQNode*>(attr)->m_parent = owner;
   linkLast(attr);
 }
 
@@ -160,7 +176,19 @@ ZQAttr* AttrNodeMap::getNamedItemNS(ZQName uri, ZQName localName) {
   ZQAttr* attr = last;
   do {
     attr = nextAttr(attr);
-    if (sameNSName(attr, uri, localName)) return attr;
+    // The library's own attributes are compared on their fields; an AttrNS with a prefix and
+    // no stored namespace looks its namespace up, so it takes the virtual road.
+    const std::type_info& type = typeid(*attr);
+    if (type == typeid(Attr)) {
+      if (uri.isEmpty() && static_cast<Attr*>(attr)->storedValue().getName() == localName)
+        return attr;
+    } else if (type == typeid(AttrNS) && (!static_cast<AttrNS*>(attr)->m_namespace.isEmpty() ||
+                                          static_cast<AttrNS*>(attr)->m_prefix.isEmpty())) {
+      const AttrNS* ns = static_cast<AttrNS*>(attr);
+      if (ns->storedValue().getName() == localName && ns->m_namespace == uri) return attr;
+    } else if (sameNSName(attr, uri, localName)) {
+      return attr;
+    }
   } while (attr != last);
   return nullptr;
 }

@@ -5,8 +5,13 @@
 #include "common/ZQElement.h"
 #include "common/ZQXmlUtil.h"
 #include "core/ZQCommonError.h"
+#include "dom/ZQNodePool.h"
 
 namespace ZQCommonNS {
+
+void* ZQNode::operator new(std::size_t size) { return nodepool::allocate(size); }
+
+void ZQNode::operator delete(void* p, std::size_t size) noexcept { nodepool::deallocate(p, size); }
 
 namespace {
 
