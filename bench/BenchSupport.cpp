@@ -3,6 +3,8 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdlib>
+#include <cstring>
+#include <fstream>
 #include <random>
 #include <string>
 
@@ -190,6 +192,17 @@ const Document& document(int kind) {
     }
   }
   return doc;
+}
+
+long statusKb(const char* field) {
+  std::ifstream in("/proc/self/status");
+  std::string line;
+  const size_t n = std::strlen(field);
+  while (std::getline(in, line)) {
+    if (line.compare(0, n, field) == 0 && line.size() > n && line[n] == ':')
+      return std::atol(line.c_str() + n + 1);
+  }
+  return -1;
 }
 
 }  // namespace zqbench

@@ -41,4 +41,7 @@ size_t documentSize();
 /// same bytes.
 const Document& document(int kind);
 
+/// A field of /proc/self/status in kB ("VmRSS", "VmHWM"), or -1 when it can't be read.
+long statusKb(const char* field);
+
 }  // namespace zqbench

@@ -41,21 +41,11 @@
 
 using namespace ZQCommonNS;
 using zqbench::Document;
+using zqbench::statusKb;
 
 namespace {
 
 // ---- Measuring ----
-
-long statusKb(const char* field) {
-  std::ifstream in("/proc/self/status");
-  std::string line;
-  const size_t n = std::strlen(field);
-  while (std::getline(in, line)) {
-    if (line.compare(0, n, field) == 0 && line.size() > n && line[n] == ':')
-      return std::atol(line.c_str() + n + 1);
-  }
-  return -1;
-}
 
 double cpuMs() {
   timespec ts{};

@@ -38,22 +38,11 @@ using zqbench::Document;
 using zqbench::document;
 using zqbench::documentSize;
 using zqbench::kDocNames;
+using zqbench::statusKb;
 
 namespace {
 
 // ---- Memory ----
-
-long statusKb(const char* field) {
-  std::ifstream in("/proc/self/status");
-  std::string line;
-  const size_t n = std::strlen(field);
-  while (std::getline(in, line)) {
-    if (line.compare(0, n, field) == 0 && line.size() > n && line[n] == ':') {
-      return std::atol(line.c_str() + n + 1);
-    }
-  }
-  return -1;
-}
 
 /// Peak growth of the resident set over a stretch of work: the kernel's high-water mark is
 /// reset at the start, so its value at the end is the peak during the work.
