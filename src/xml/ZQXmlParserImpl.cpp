@@ -490,20 +490,20 @@ int ZQXmlParserImpl::getAttributeCount() {
 }
 
 ZQName ZQXmlParserImpl::getAttributeNamespace(int index) {
-  if (index < 0 || index >= getAttributeCount())
+  if (!hasAttributeAt(index))
     throwCommonError(ZQERR_OUT_OF_RANGE, ZQSRC_PARSER_GET_ATTRIBUTE_NAMESPACE, emptyArg(),
                      emptyArg());
   return m_attributes[static_cast<size_t>(index)].namespaceUri;
 }
 
 ZQName ZQXmlParserImpl::getAttributeName(int index) {
-  if (index < 0 || index >= getAttributeCount())
+  if (!hasAttributeAt(index))
     throwCommonError(ZQERR_OUT_OF_RANGE, ZQSRC_PARSER_GET_ATTRIBUTE_NAME, emptyArg(), emptyArg());
   return m_attributes[static_cast<size_t>(index)].localName;
 }
 
 ZQName ZQXmlParserImpl::getAttributePrefix(int index) {
-  if (index < 0 || index >= getAttributeCount())
+  if (!hasAttributeAt(index))
     throwCommonError(ZQERR_OUT_OF_RANGE, ZQSRC_PARSER_GET_ATTRIBUTE_PREFIX, emptyArg(), emptyArg());
   return m_attributes[static_cast<size_t>(index)].prefix;
 }
@@ -523,7 +523,7 @@ UnicodeString ZQXmlParserImpl::getAttributeValue(ZQName ns, ZQName name) {
 }
 
 UnicodeString ZQXmlParserImpl::getAttributeValue(int index) {
-  if (index < 0 || index >= getAttributeCount())
+  if (!hasAttributeAt(index))
     throwCommonError(ZQERR_OUT_OF_RANGE, ZQSRC_PARSER_GET_ATTRIBUTE_VALUE, emptyArg(), emptyArg());
   return m_attributes[static_cast<size_t>(index)].value;
 }

@@ -292,8 +292,15 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
     std::streambuf* buf = nullptr;
     const unsigned char* next = nullptr;
     const unsigned char* end = nullptr;
+    /// Set on failure when the tag's "/" or ">" follows with nothing between.
+    bool atTagEnd = false;
   };
   bool readPlainAttribute(ZQXmlAttribute& attribute, BulkWindow& window);
+  /// The index check of the attribute queries, without the virtual call of getAttributeCount.
+  bool hasAttributeAt(int index) const {
+    return m_eventType == START_TAG && index >= 0 &&
+           static_cast<size_t>(index) < m_attributes.size();
+  }
   /// An attribute by the general path, its leading whitespace read already.
   void readAttributeSlowly(ZQXmlAttribute& attribute);
   /// An ASCII qualified name from the stream buffer at `p`, its first character perhaps

@@ -338,6 +338,12 @@ void ZQXmlParserImpl::parseStartTag() {
       attribute.value.remove();
     }
     if (!readPlainAttribute(attribute, window)) {
+      // The common end of a tag: what skipSpaces and peekChar would find, seen in the window.
+      if (window.atTagEnd) {
+        m_spareValues.push_back(std::move(attribute.value));
+        m_attributes.pop_back();
+        break;
+      }
       bool spaced = skipSpaces();
       UChar32 c = peekChar();
       // Without whitespace the loop ends, so that a missing separator is reported below.

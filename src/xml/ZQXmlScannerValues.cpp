@@ -185,6 +185,7 @@ bool ZQXmlParserImpl::readPlainAttribute(ZQXmlAttribute& attribute, BulkWindow& 
   // Whatever the outcome, the general path may read next: the caller looks again after it.
   BulkWindow current = window;
   window.buf = nullptr;
+  window.atTagEnd = false;
   UChar32 pushed = m_pushedChar;
   // A space that a name left in the slot counts as the separator; it has been counted.
   if (pushed != END_OF_INPUT && pushed != ' ' && pushed != '\n' && pushed != '\t') return false;
@@ -197,7 +198,10 @@ bool ZQXmlParserImpl::readPlainAttribute(ZQXmlAttribute& attribute, BulkWindow& 
   std::streambuf* const buf = current.buf;
   const unsigned char* p = begin;
   p += byteRun(p, end, xmlscan::BYTE_SPACE);
-  if (pushed == END_OF_INPUT && p == begin) return false;
+  if (pushed == END_OF_INPUT && p == begin) {
+    window.atTagEnd = p != end && (*p == '/' || *p == '>');
+    return false;
+  }
   auto name = [&p, end](const unsigned char*& start, size_t& length) {
     if (p == end || !(xmlscan::kByteClasses.bits[*p] & xmlscan::BYTE_NAME_START)) return false;
     start = p;
