@@ -346,8 +346,18 @@ void ZQXmlParserImpl::readLiteral(int mode, UnicodeString& value) {
   flush();
 
   if (!plain) {
-    raw = value;
-    value.remove();
+    // Printable ASCII ahead of the first character that needs the second pass reads the
+    // same in it, without errors: it stays in the value, and the pass starts after it at
+    // the column it would have reached.
+    int kept = 0;
+    while (kept < value.length() && value.charAt(kept) >= 0x20 && value.charAt(kept) < 0x7F &&
+           value.charAt(kept) != '&' && value.charAt(kept) != '<')
+      ++kept;
+    // The pass then starts on an ASCII character, as a pass over the whole text may.
+    if (kept < value.length() && value.charAt(kept) >= 0x80) kept = 0;
+    raw.setTo(value, kept);
+    value.truncate(kept);
+    column += kept;
     // The literal is read again as an input of its own from where it started, so that its
     // errors carry the position inside it, and its references expand in place.
     UChar32 pendingDecoded = m_pendingDecoded;
