@@ -437,8 +437,10 @@ void ZQXmlParserImpl::parseStartTag() {
 // before it is read.
 void ZQXmlParserImpl::readAttributeSlowly(ZQXmlAttribute& attribute) {
   UChar32 c;
-  ZQName name = readName();
-  if (name.isEmpty()) {
+  ZQName name;
+  // An ASCII name reads as readName and the ":" test would read it.
+  if (readPlainQName(attribute.prefix, attribute.localName)) {
+  } else if ((name = readName()).isEmpty()) {
     UnicodeString bad = readLiteral(4);
     throwError(189, bad, UnicodeString());
   } else {

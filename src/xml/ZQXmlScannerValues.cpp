@@ -439,7 +439,7 @@ void ZQXmlParserImpl::pushInputState() {
   state.lineNumber = m_lineNumber;
   state.columnNumber = m_columnNumber;
   state.pushedChar = m_pushedChar;
-  state.pushedText = m_pushedText;
+  state.pushedText = std::move(m_pushedText);  // emptied below in any case
   state.pushedTextPos = m_pushedTextPos;
   m_inputStack.push_back(std::move(state));
   m_pushedChar = END_OF_INPUT;
