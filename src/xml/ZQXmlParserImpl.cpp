@@ -269,7 +269,10 @@ void ZQXmlParserImpl::resetParser() {
 void ZQXmlParserImpl::popStream() {
   if (m_inputStack.empty()) return;
   if (m_stream != m_baseStream) delete m_stream;
-  delete m_baseStream;
+  if (m_baseStream == m_literalStream.get())
+    m_literalStreamBusy = false;
+  else
+    delete m_baseStream;
   InputState& state = m_inputStack.back();
   m_stream = state.stream;
   m_baseStream = state.baseStream;

@@ -6,6 +6,7 @@
 #include <deque>
 #include <istream>
 #include <memory>
+#include <sstream>
 #include <unordered_map>
 #include <vector>
 
@@ -396,6 +397,9 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   UnicodeString m_encodingName;
   bool m_bomSeen = false;
   std::vector<InputState> m_inputStack;
+  /// The stream of a literal's second pass, kept for the next literal; popStream leaves it.
+  std::unique_ptr<std::istringstream> m_literalStream;
+  bool m_literalStreamBusy = false;
   uint64_t m_streamPushes = 0;  ///< inputs pushStream opened, for the expansion guard
 
   // ---- Entity-expansion guard ----

@@ -375,7 +375,16 @@ void ZQXmlParserImpl::readLiteral(int mode, UnicodeString& value) {
     } else {
       bytes = utf16leBytes(raw);
     }
-    m_stream = m_baseStream = new std::istringstream(std::move(bytes), std::ios::binary);
+    if (m_literalStreamBusy) {
+      m_stream = m_baseStream = new std::istringstream(std::move(bytes), std::ios::binary);
+    } else {
+      if (!m_literalStream)
+        m_literalStream = std::make_unique<std::istringstream>(std::string(), std::ios::binary);
+      m_literalStream->clear();
+      m_literalStream->str(std::move(bytes));
+      m_literalStreamBusy = true;
+      m_stream = m_baseStream = m_literalStream.get();
+    }
     m_stringInput = true;
     m_encodingKind = ascii ? ENCODING_UTF8 : ENCODING_UTF16LE;
     m_lineNumber = line;
