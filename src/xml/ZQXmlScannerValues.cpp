@@ -240,6 +240,10 @@ bool ZQXmlParserImpl::readPlainAttribute(ZQXmlAttribute& attribute, BulkWindow& 
   } else {
     attribute.localName = firstName;
   }
+  if (valueLength > static_cast<size_t>(attribute.value.getCapacity()) && !m_spareValues.empty()) {
+    attribute.value = std::move(m_spareValues.back());
+    m_spareValues.pop_back();
+  }
   xmlscan::assignBytes(attribute.value, value, valueLength);
   m_pushedChar = END_OF_INPUT;
   const size_t taken = static_cast<size_t>(p - begin);
