@@ -269,7 +269,10 @@ void ZQXmlParserImpl::resetParser() {
 void ZQXmlParserImpl::popStream() {
   if (m_inputStack.empty()) return;
   if (m_stream != m_baseStream) delete m_stream;
-  delete m_baseStream;
+  if (m_baseStream == m_literalStream.get())
+    m_literalStreamBusy = false;
+  else
+    delete m_baseStream;
   InputState& state = m_inputStack.back();
   m_stream = state.stream;
   m_baseStream = state.baseStream;
@@ -277,17 +280,17 @@ void ZQXmlParserImpl::popStream() {
   m_bomSeen = state.bomSeen;
   m_topLevelSeen = state.topLevelSeen;
   m_encodingKind = state.encodingKind;
-  m_encodingName = state.encodingName;
+  m_encodingName = std::move(state.encodingName);
   m_parserType = state.parserType;
   m_settledType = state.settledType;
   syntaxInputsChanged();
-  m_inputUri = state.inputUri;
-  m_baseUri = state.baseUri;
+  m_inputUri = std::move(state.inputUri);
+  m_baseUri = std::move(state.baseUri);
   m_baseDepth = state.baseDepth;
   m_lineNumber = state.lineNumber;
   m_columnNumber = state.columnNumber;
   m_pushedChar = state.pushedChar;
-  m_pushedText = state.pushedText;
+  m_pushedText = std::move(state.pushedText);
   m_pushedTextPos = state.pushedTextPos;
   m_inputStack.pop_back();
   dropEndedExpansions();
@@ -490,20 +493,20 @@ int ZQXmlParserImpl::getAttributeCount() {
 }
 
 ZQName ZQXmlParserImpl::getAttributeNamespace(int index) {
-  if (index < 0 || index >= getAttributeCount())
+  if (!hasAttributeAt(index))
     throwCommonError(ZQERR_OUT_OF_RANGE, ZQSRC_PARSER_GET_ATTRIBUTE_NAMESPACE, emptyArg(),
                      emptyArg());
   return m_attributes[static_cast<size_t>(index)].namespaceUri;
 }
 
 ZQName ZQXmlParserImpl::getAttributeName(int index) {
-  if (index < 0 || index >= getAttributeCount())
+  if (!hasAttributeAt(index))
     throwCommonError(ZQERR_OUT_OF_RANGE, ZQSRC_PARSER_GET_ATTRIBUTE_NAME, emptyArg(), emptyArg());
   return m_attributes[static_cast<size_t>(index)].localName;
 }
 
 ZQName ZQXmlParserImpl::getAttributePrefix(int index) {
-  if (index < 0 || index >= getAttributeCount())
+  if (!hasAttributeAt(index))
     throwCommonError(ZQERR_OUT_OF_RANGE, ZQSRC_PARSER_GET_ATTRIBUTE_PREFIX, emptyArg(), emptyArg());
   return m_attributes[static_cast<size_t>(index)].prefix;
 }
@@ -523,7 +526,7 @@ UnicodeString ZQXmlParserImpl::getAttributeValue(ZQName ns, ZQName name) {
 }
 
 UnicodeString ZQXmlParserImpl::getAttributeValue(int index) {
-  if (index < 0 || index >= getAttributeCount())
+  if (!hasAttributeAt(index))
     throwCommonError(ZQERR_OUT_OF_RANGE, ZQSRC_PARSER_GET_ATTRIBUTE_VALUE, emptyArg(), emptyArg());
   return m_attributes[static_cast<size_t>(index)].value;
 }

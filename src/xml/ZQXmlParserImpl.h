@@ -6,6 +6,7 @@
 #include <deque>
 #include <istream>
 #include <memory>
+#include <sstream>
 #include <unordered_map>
 #include <vector>
 
@@ -292,8 +293,15 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
     std::streambuf* buf = nullptr;
     const unsigned char* next = nullptr;
     const unsigned char* end = nullptr;
+    /// Set on failure when the tag's "/" or ">" follows with nothing between.
+    bool atTagEnd = false;
   };
   bool readPlainAttribute(ZQXmlAttribute& attribute, BulkWindow& window);
+  /// The index check of the attribute queries, without the virtual call of getAttributeCount.
+  bool hasAttributeAt(int index) const {
+    return m_eventType == START_TAG && index >= 0 &&
+           static_cast<size_t>(index) < m_attributes.size();
+  }
   /// An attribute by the general path, its leading whitespace read already.
   void readAttributeSlowly(ZQXmlAttribute& attribute);
   /// An ASCII qualified name from the stream buffer at `p`, its first character perhaps
@@ -389,6 +397,9 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   UnicodeString m_encodingName;
   bool m_bomSeen = false;
   std::vector<InputState> m_inputStack;
+  /// The stream of a literal's second pass, kept for the next literal; popStream leaves it.
+  std::unique_ptr<std::istringstream> m_literalStream;
+  bool m_literalStreamBusy = false;
   uint64_t m_streamPushes = 0;  ///< inputs pushStream opened, for the expansion guard
 
   // ---- Entity-expansion guard ----

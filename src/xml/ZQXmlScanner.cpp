@@ -322,7 +322,10 @@ void ZQXmlParserImpl::parseStartTag() {
   m_topLevelSeen = true;
 
   m_namespaces->pushContext();
-  for (ZQXmlAttribute& old : m_attributes) m_spareValues.push_back(std::move(old.value));
+  // Only buffers of the heap are worth keeping: a short value lives inside its string.
+  static const int32_t inlineCapacity = UnicodeString().getCapacity();
+  for (ZQXmlAttribute& old : m_attributes)
+    if (old.value.getCapacity() > inlineCapacity) m_spareValues.push_back(std::move(old.value));
   m_attributes.clear();
   const size_t depth = static_cast<size_t>(getDepth());
   if (m_defaultNamespaces.size() < depth) m_defaultNamespaces.resize(depth);
@@ -330,21 +333,26 @@ void ZQXmlParserImpl::parseStartTag() {
 
   BulkWindow window;
   for (;;) {
-    // Built in place, its value taking the buffer of an earlier tag's value.
+    // Built in place; a value too long for the string itself takes the buffer of an earlier
+    // tag's value.
     ZQXmlAttribute& attribute = m_attributes.emplace_back();
-    if (!m_spareValues.empty()) {
-      attribute.value = std::move(m_spareValues.back());
-      m_spareValues.pop_back();
-      attribute.value.remove();
-    }
     if (!readPlainAttribute(attribute, window)) {
+      // The common end of a tag: what skipSpaces and peekChar would find, seen in the window.
+      if (window.atTagEnd) {
+        m_attributes.pop_back();
+        break;
+      }
       bool spaced = skipSpaces();
       UChar32 c = peekChar();
       // Without whitespace the loop ends, so that a missing separator is reported below.
       if (c == '>' || c == '/' || c == kEnd || (!spaced && !isHTMLSyntax())) {
-        m_spareValues.push_back(std::move(attribute.value));
         m_attributes.pop_back();
         break;
+      }
+      if (!m_spareValues.empty()) {
+        attribute.value = std::move(m_spareValues.back());
+        m_spareValues.pop_back();
+        attribute.value.remove();
       }
       readAttributeSlowly(attribute);
     }
@@ -431,8 +439,10 @@ void ZQXmlParserImpl::parseStartTag() {
 // before it is read.
 void ZQXmlParserImpl::readAttributeSlowly(ZQXmlAttribute& attribute) {
   UChar32 c;
-  ZQName name = readName();
-  if (name.isEmpty()) {
+  ZQName name;
+  // An ASCII name reads as readName and the ":" test would read it.
+  if (readPlainQName(attribute.prefix, attribute.localName)) {
+  } else if ((name = readName()).isEmpty()) {
     UnicodeString bad = readLiteral(4);
     throwError(189, bad, UnicodeString());
   } else {

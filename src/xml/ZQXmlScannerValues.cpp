@@ -185,6 +185,7 @@ bool ZQXmlParserImpl::readPlainAttribute(ZQXmlAttribute& attribute, BulkWindow& 
   // Whatever the outcome, the general path may read next: the caller looks again after it.
   BulkWindow current = window;
   window.buf = nullptr;
+  window.atTagEnd = false;
   UChar32 pushed = m_pushedChar;
   // A space that a name left in the slot counts as the separator; it has been counted.
   if (pushed != END_OF_INPUT && pushed != ' ' && pushed != '\n' && pushed != '\t') return false;
@@ -197,7 +198,10 @@ bool ZQXmlParserImpl::readPlainAttribute(ZQXmlAttribute& attribute, BulkWindow& 
   std::streambuf* const buf = current.buf;
   const unsigned char* p = begin;
   p += byteRun(p, end, xmlscan::BYTE_SPACE);
-  if (pushed == END_OF_INPUT && p == begin) return false;
+  if (pushed == END_OF_INPUT && p == begin) {
+    window.atTagEnd = p != end && (*p == '/' || *p == '>');
+    return false;
+  }
   auto name = [&p, end](const unsigned char*& start, size_t& length) {
     if (p == end || !(xmlscan::kByteClasses.bits[*p] & xmlscan::BYTE_NAME_START)) return false;
     start = p;
@@ -235,6 +239,10 @@ bool ZQXmlParserImpl::readPlainAttribute(ZQXmlAttribute& attribute, BulkWindow& 
     attribute.localName = local;
   } else {
     attribute.localName = firstName;
+  }
+  if (valueLength > static_cast<size_t>(attribute.value.getCapacity()) && !m_spareValues.empty()) {
+    attribute.value = std::move(m_spareValues.back());
+    m_spareValues.pop_back();
   }
   xmlscan::assignBytes(attribute.value, value, valueLength);
   m_pushedChar = END_OF_INPUT;
@@ -342,8 +350,18 @@ void ZQXmlParserImpl::readLiteral(int mode, UnicodeString& value) {
   flush();
 
   if (!plain) {
-    raw = value;
-    value.remove();
+    // Printable ASCII ahead of the first character that needs the second pass reads the
+    // same in it, without errors: it stays in the value, and the pass starts after it at
+    // the column it would have reached.
+    int kept = 0;
+    while (kept < value.length() && value.charAt(kept) >= 0x20 && value.charAt(kept) < 0x7F &&
+           value.charAt(kept) != '&' && value.charAt(kept) != '<')
+      ++kept;
+    // The pass then starts on an ASCII character, as a pass over the whole text may.
+    if (kept < value.length() && value.charAt(kept) >= 0x80) kept = 0;
+    raw.setTo(value, kept);
+    value.truncate(kept);
+    column += kept;
     // The literal is read again as an input of its own from where it started, so that its
     // errors carry the position inside it, and its references expand in place.
     UChar32 pendingDecoded = m_pendingDecoded;
@@ -361,7 +379,16 @@ void ZQXmlParserImpl::readLiteral(int mode, UnicodeString& value) {
     } else {
       bytes = utf16leBytes(raw);
     }
-    m_stream = m_baseStream = new std::istringstream(std::move(bytes), std::ios::binary);
+    if (m_literalStreamBusy) {
+      m_stream = m_baseStream = new std::istringstream(std::move(bytes), std::ios::binary);
+    } else {
+      if (!m_literalStream)
+        m_literalStream = std::make_unique<std::istringstream>(std::string(), std::ios::binary);
+      m_literalStream->clear();
+      m_literalStream->str(std::move(bytes));
+      m_literalStreamBusy = true;
+      m_stream = m_baseStream = m_literalStream.get();
+    }
     m_stringInput = true;
     m_encodingKind = ascii ? ENCODING_UTF8 : ENCODING_UTF16LE;
     m_lineNumber = line;
@@ -425,7 +452,7 @@ void ZQXmlParserImpl::pushInputState() {
   state.lineNumber = m_lineNumber;
   state.columnNumber = m_columnNumber;
   state.pushedChar = m_pushedChar;
-  state.pushedText = m_pushedText;
+  state.pushedText = std::move(m_pushedText);  // emptied below in any case
   state.pushedTextPos = m_pushedTextPos;
   m_inputStack.push_back(std::move(state));
   m_pushedChar = END_OF_INPUT;
