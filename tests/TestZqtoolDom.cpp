@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "../tools/zqtool/ZQToolTree.h"
+#include "ZqtoolTestSupport.h"
 #include "common/ZQDocument.h"
 #include "common/ZQElement.h"
 #include "common/ZQError.h"
@@ -119,16 +120,8 @@ TEST(ZqtoolDomTree, CountingBuiltNodesNeverLoads) {
 
 #ifdef ZQ_ZQTOOL_PATH
 
-struct ToolRun {
-  int status = -1;
-  std::string out;
-  std::string err;
-};
-
-std::string readFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
+using zqtooltest::readFile;
+using zqtooltest::ToolRun;
 
 /// A path of its own for this test and this process, so parallel runs do not meet.
 std::string scratchPath(const std::string& name) {
@@ -146,23 +139,7 @@ std::string scratchFile(const std::string& name, const std::string& content) {
   return path;
 }
 
-/// Runs zqtool with `args` (already quoted for the shell), capturing stdout and stderr.
-ToolRun runTool(const std::string& args) {
-  ToolRun run;
-  const std::string errPath = scratchPath("stderr.txt");
-  const std::string command =
-      std::string("'") + ZQ_ZQTOOL_PATH + "' " + args + " 2>'" + errPath + "'";
-  FILE* pipe = popen(command.c_str(), "r");
-  if (!pipe) return run;
-  char buf[4096];
-  size_t n;
-  while ((n = std::fread(buf, 1, sizeof buf, pipe)) > 0) run.out.append(buf, n);
-  const int raw = pclose(pipe);
-  run.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-  run.err = readFile(errPath);
-  std::remove(errPath.c_str());
-  return run;
-}
+ToolRun runTool(const std::string& args) { return zqtooltest::runTool(ZQ_ZQTOOL_PATH, args); }
 
 std::string quoted(const std::string& path) { return "'" + path + "'"; }
 

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "../tools/zqtool/ZQToolEvents.h"
+#include "ZqtoolTestSupport.h"
 #include "common/ZQError.h"
 #include "common/ZQName.h"
 #include "common/ZQXmlParser.h"
@@ -260,24 +261,10 @@ TEST(ZqtoolEvents, FeatureNamesAreThoseOfTheInterface) {
 
 #ifdef ZQ_ZQTOOL_PATH
 
-struct ToolRun {
-  int status = -1;
-  std::string out;
-};
+using zqtooltest::ToolRun;
 
-/// Runs zqtool with `args` (already quoted for the shell), stdout captured, stderr dropped.
-ToolRun runTool(const std::string& args) {
-  ToolRun run;
-  const std::string command = std::string("'") + ZQ_ZQTOOL_PATH + "' " + args + " 2>/dev/null";
-  FILE* pipe = popen(command.c_str(), "r");
-  if (!pipe) return run;
-  char buf[4096];
-  size_t n;
-  while ((n = std::fread(buf, 1, sizeof buf, pipe)) > 0) run.out.append(buf, n);
-  const int raw = pclose(pipe);
-  run.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-  return run;
-}
+/// Runs zqtool with `args` (already quoted for the shell).
+ToolRun runTool(const std::string& args) { return zqtooltest::runTool(ZQ_ZQTOOL_PATH, args); }
 
 std::string scratchFile(const std::string& name, const std::string& content) {
   const char* dir = std::getenv("ZQ_TEST_TMP");
