@@ -4,7 +4,9 @@
 // refills cut the input.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <istream>
+#include <memory>
 #include <sstream>
 #include <streambuf>
 #include <string>
@@ -61,9 +63,21 @@ std::string text(const UnicodeString& s) {
   return out;
 }
 
+/// A stream buffer whose get area is a heap block of exactly the document's size, so that a
+/// read one byte past the input is caught by the address sanitizer.
+class ExactBuf : public std::streambuf {
+ public:
+  explicit ExactBuf(const std::string& bytes) : m_bytes(new char[bytes.size()]) {
+    std::copy(bytes.begin(), bytes.end(), m_bytes.get());
+    setg(m_bytes.get(), m_bytes.get(), m_bytes.get() + bytes.size());
+  }
+
+ private:
+  std::unique_ptr<char[]> m_bytes;
+};
+
 /// Every event with what a caller reads of it, positions included, as one transcript.
-std::string transcript(const std::string& document, size_t chunk) {
-  ChunkedBuf buf(document, chunk);
+std::string transcript(std::streambuf& buf) {
   std::istream in(&buf);
   ZQPtr<ZQXmlParser> parser = ZQXmlParser::createXmlParser();
   parser->setFeature(ZQXmlParser::FEATURE_SKIP_EXTERNAL_DTD, true);
@@ -94,6 +108,11 @@ std::string transcript(const std::string& document, size_t chunk) {
   return log;
 }
 
+std::string transcript(const std::string& document, size_t chunk) {
+  ChunkedBuf buf(document, chunk);
+  return transcript(buf);
+}
+
 // Documents that mix what runs take (plain ASCII text, names, values, whitespace) with what
 // they leave to the per-character path (CR, tabs, non-ASCII, references, long names, bad
 // markup), so that a run ends at each kind of character.
@@ -120,6 +139,17 @@ TEST(XmlScanRuns, ChunkedReadingMatchesReadingFromOneBuffer) {
     for (size_t chunk : {1u, 2u, 3u, 5u, 7u, 16u}) {
       EXPECT_EQ(transcript(document, chunk), whole) << "chunk " << chunk << " of: " << document;
     }
+  }
+}
+
+TEST(XmlScanRuns, InputEndingAnywhereInATagIsNotReadPast) {
+  // Plain attributes one after another are read from one look at the buffer; the input may
+  // end right after any of them.
+  const std::string document = "<r a=\"1\" b='2' p:c=\"3\"  d='4'/>";
+  for (size_t length = 1; length <= document.size(); ++length) {
+    const std::string prefix = document.substr(0, length);
+    ExactBuf exact(prefix);
+    EXPECT_EQ(transcript(exact), transcript(prefix, 1u << 20)) << prefix;
   }
 }
 

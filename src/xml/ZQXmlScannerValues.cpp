@@ -252,6 +252,7 @@ bool ZQXmlParserImpl::readPlainAttribute(ZQXmlAttribute& attribute, BulkWindow& 
   xmlscan::StreamBufAccess::bump(buf, static_cast<int>(taken));
   window.buf = buf;
   window.next = p;
+  window.end = end;
   return true;
 }
 
