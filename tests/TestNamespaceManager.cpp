@@ -1,7 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "TestSupport.h"
 
+#include <algorithm>
 #include <map>
 #include <random>
 #include <vector>
@@ -375,7 +378,7 @@ class WalkingModel {
 
 // Runs one seeded sequence of pushes, pops, declarations, direct writes of the top's names
 // and of its map, comparing every look-up after every step.
-void runAgainstTheWalk(unsigned seed, int steps) {
+void runAgainstTheWalk(unsigned seed, int steps, int& deepest) {
   std::mt19937 random(seed);
   auto pick = [&random](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
   const std::vector<ZQName> prefixes = {ZQName(),
@@ -433,6 +436,7 @@ void runAgainstTheWalk(unsigned seed, int steps) {
     }
 
     ASSERT_EQ(manager->getDepth(), model.depth()) << "step " << step;
+    deepest = std::max(deepest, model.depth());
     ASSERT_EQ(manager->topMap() != nullptr, model.top().hasMap) << "step " << step;
     int depth = pick(model.depth() + 2);
     ASSERT_EQ(manager->getNamespaceCount(depth), model.count(depth)) << "step " << step;
@@ -447,11 +451,20 @@ void runAgainstTheWalk(unsigned seed, int steps) {
 }
 
 TEST(NamespaceManagerIndex, AnswersAsTheWalkThroughRandomSequences) {
+  // Shallow runs stay among the contexts near the base that are walked; deep ones go far
+  // into the indexed ones, and come back across the boundary.
+  int shallowRuns = 0;
+  int deepRuns = 0;
   for (unsigned seed = 1; seed <= 24; ++seed) {
     SCOPED_TRACE(seed);
-    runAgainstTheWalk(seed, 4000);
+    int deepest = 0;
+    runAgainstTheWalk(seed, 4000, deepest);
     if (HasFatalFailure()) return;
+    if (deepest < 32) ++shallowRuns;
+    if (deepest > 200) ++deepRuns;
   }
+  EXPECT_GT(shallowRuns, 0);
+  EXPECT_GT(deepRuns, 0);
 }
 
 TEST(NamespaceManagerIndex, AnEntryWrittenAgainAfterItsChildIsClosedIsReadAfresh) {

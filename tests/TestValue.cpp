@@ -152,6 +152,18 @@ TEST(ZQValue, StringCopiesOwnTheirText) {
   EXPECT_EQ(moved.getStringValue(), u("two"));
 }
 
+TEST(ZQValue, PeekStringReadsTheHeldStringInPlace) {
+  ZQValue text(u("held"), ZQUNIT_URI);
+  const UnicodeString* peeked = text.peekString();
+  ASSERT_NE(peeked, nullptr);
+  EXPECT_EQ(*peeked, u("held"));
+  // The very string the value owns, not a copy of it.
+  EXPECT_EQ(reinterpret_cast<uintptr_t>(peeked), static_cast<uintptr_t>(wordsOf(text).payload));
+  EXPECT_EQ(ZQValue(ZQName(ZQN_auto)).peekString(), nullptr);
+  EXPECT_EQ(ZQValue(3).peekString(), nullptr);
+  EXPECT_EQ(ZQValue().peekString(), nullptr);
+}
+
 TEST(ZQValue, AssignmentAndClear) {
   ZQValue v(u("text"), ZQUNIT_NONE);
   ZQValue& self = v;

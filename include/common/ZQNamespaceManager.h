@@ -127,11 +127,17 @@ class ZQCOMMON_API ZQNamespaceManager : public ZQRCObject {
   void indexEntry(int depth);
   void unindexEntry(int depth);
   void addItem(IndexStack& stack, int depth, ZQName value);
-  ZQName answerBelowTop(const IndexStack* stack) const;
+  // The nearest item of `stack` below the top: true, with its value, when there is one.
+  bool answerBelowTop(const IndexStack* stack, ZQName& value) const;
+  const IndexStack* findStack(const std::unordered_map<ZQName, IndexStack>& stacks,
+                              ZQName key) const;
+  // Number of contexts below the top that are walked instead of indexed.
+  int walkedBelowTop() const;
 
   std::vector<Entry> m_entries;
   // The top entry is always read directly, as its owner may still write it. The entries below
-  // are indexed by key, nearest last, so that each look-up reads one item instead of walking.
+  // it, past the few near the base that are walked, are indexed by key, nearest last, so that
+  // each look-up reads one item instead of walking a deep stack.
   std::vector<EntryIndex> m_entryIndex;
   std::unordered_map<ZQName, IndexStack> m_byPrefix;     // lookup
   std::unordered_map<ZQName, IndexStack> m_byNamespace;  // lookupPrefix

@@ -236,6 +236,8 @@ class ZQCOMMON_API ZQValue {
   ZQName toZWName() const { return toZQName(); }
   /// A name's string or a copy of a string; anything else the empty string.
   UnicodeString getStringValue() const;
+  /// The string of a string value where it lies, without a copy; null for any other value.
+  const UnicodeString* peekString() const noexcept { return isString() ? m_payload.s : nullptr; }
   operator UnicodeString() const { return toString(); }
   /// The object of an object, array or compound, otherwise null.
   ZQRCObject* getRCObject() const {

@@ -170,12 +170,19 @@ void ZQDocument::saveAttributes(ZQNode* node) {
   ZQXmlSerializer* serializer = getSerializer();
   for (ZQNode* attr = attributes->getFirstNode(); attr; attr = attributes->getNextNode(attr)) {
     // A string in an attribute of the library's own class is written from where it lies:
-    // the copy that getNodeValue makes would cost an allocation per attribute.
+    // the copies that getNodeValue and toValueText make would cost per attribute.
     if (isLibraryAttr(attr)) {
       const ZQNamedValue& stored = static_cast<const Attr*>(attr)->storedValue();
       if (stored.isString()) {
-        serializer->attribute(attr->getNamespaceUri(), attr->getPrefix(), attr->getLocalName(),
-                              stored.toValueText());
+        // A plain string is its own value text; a literal or URI is quoted first.
+        const ZQUnitType unit = stored.getUnitType();
+        const UnicodeString* text = stored.peekString();
+        if (text && unit != ZQUNIT_LITERAL && unit != ZQUNIT_URI)
+          serializer->attribute(attr->getNamespaceUri(), attr->getPrefix(), attr->getLocalName(),
+                                *text);
+        else
+          serializer->attribute(attr->getNamespaceUri(), attr->getPrefix(), attr->getLocalName(),
+                                stored.toValueText());
         continue;
       }
     }

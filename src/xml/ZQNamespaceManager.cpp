@@ -84,10 +84,53 @@ ZQNamespaceManager::~ZQNamespaceManager() {
   ZQNameTable::releaseSharedNameTable();
 }
 
+namespace {
+
+// Contexts this near the base are found by walking them: a walk over a few entries costs less
+// than keeping their index up to date on every push and pop. Deeper ones are indexed.
+constexpr int kWalkedDepth = 32;
+
+// What one context answers for lookup(prefix): true, with `ns`, when the walk stops there.
+bool answersPrefix(const ZQNamespaceManager::Entry& entry, ZQName prefix, ZQName& ns) {
+  if (entry.prefix == prefix && !entry.namespaceUri.isEmpty()) {
+    ns = entry.namespaceUri;
+    return true;
+  }
+  ZQName bound;
+  if (!entry.map || !entry.map->find(prefix, bound)) return false;
+  // xmlns="" undeclares the default namespace here and below; a prefix bound to nothing is
+  // passed over.
+  if (bound.isEmpty() && !prefix.isEmpty()) return false;
+  ns = bound;
+  return true;
+}
+
+bool answersDefault(const ZQNamespaceManager::Entry& entry, ZQName& ns) {
+  return entry.map && entry.map->find(ZQName(), ns);
+}
+
+bool answersNamespace(const ZQNamespaceManager::Entry& entry, ZQName ns, ZQName& prefix) {
+  if (entry.namespaceUri == ns && !entry.prefix.isEmpty()) {
+    prefix = entry.prefix;
+    return true;
+  }
+  if (!entry.map) return false;
+  for (const ZQNamespaceMap::Binding& binding : *entry.map) {
+    if (binding.second == ns && !binding.first.isEmpty()) {
+      prefix = binding.first;
+      return true;
+    }
+  }
+  return false;
+}
+
+}  // namespace
+
 void ZQNamespaceManager::pushContext() {
-  // The top stops being written once a context opens above it: from now on it is looked up
-  // through the index.
-  indexEntry(getDepth());
+  // The top stops being written once a context opens above it: from now on a deep one is
+  // looked up through the index.
+  const int depth = getDepth();
+  if (depth >= kWalkedDepth) indexEntry(depth);
   m_entries.emplace_back();
   m_entryIndex.emplace_back();
 }
@@ -162,14 +205,29 @@ void ZQNamespaceManager::unindexEntry(int depth) {
   index.indexed = false;
 }
 
-ZQName ZQNamespaceManager::answerBelowTop(const IndexStack* stack) const {
-  if (!stack) return ZQName();
+bool ZQNamespaceManager::answerBelowTop(const IndexStack* stack, ZQName& value) const {
+  if (!stack) return false;
   int top = getDepth();
   // The top's own items, if it still has some from an earlier push, are stale: skip them.
-  for (auto it = stack->rbegin(); it != stack->rend(); ++it)
-    if (it->depth < top) return it->value;
-  return ZQName();
+  for (auto it = stack->rbegin(); it != stack->rend(); ++it) {
+    if (it->depth < top) {
+      value = it->value;
+      return true;
+    }
+  }
+  return false;
 }
+
+const ZQNamespaceManager::IndexStack* ZQNamespaceManager::findStack(
+    const std::unordered_map<ZQName, IndexStack>& stacks, ZQName key) const {
+  // With nothing indexed, as in any document less deep than the walked contexts, the
+  // index is not asked at all.
+  if (m_indexLog.empty()) return nullptr;
+  auto found = stacks.find(key);
+  return found == stacks.end() ? nullptr : &found->second;
+}
+
+int ZQNamespaceManager::walkedBelowTop() const { return std::min(getDepth(), kWalkedDepth); }
 
 void ZQNamespaceManager::declare(ZQName prefix, ZQName ns) {
   // A binding already in force is not recorded, so a context without real declarations
@@ -180,37 +238,33 @@ void ZQNamespaceManager::declare(ZQName prefix, ZQName ns) {
   entry.map->set(prefix, ns);
 }
 
+// Each look-up asks the top, then the indexed contexts nearest first, then walks the
+// contexts near the base: the order of the walk from the top down.
 ZQName ZQNamespaceManager::lookup(ZQName prefix) const {
-  const Entry& top = m_entries.back();
-  if (top.prefix == prefix && !top.namespaceUri.isEmpty()) return top.namespaceUri;
   ZQName ns;
-  if (top.map && top.map->find(prefix, ns)) {
-    if (!ns.isEmpty()) return ns;
-    // xmlns="" undeclares the default namespace here and below; a prefix bound to
-    // nothing is passed over.
-    if (prefix.isEmpty()) return ZQName();
-  }
-  auto found = m_byPrefix.find(prefix);
-  return answerBelowTop(found == m_byPrefix.end() ? nullptr : &found->second);
+  if (answersPrefix(m_entries.back(), prefix, ns)) return ns;
+  if (answerBelowTop(findStack(m_byPrefix, prefix), ns)) return ns;
+  for (int depth = walkedBelowTop() - 1; depth >= 0; --depth)
+    if (answersPrefix(m_entries[static_cast<size_t>(depth)], prefix, ns)) return ns;
+  return ZQName();
 }
 
 ZQName ZQNamespaceManager::lookupDefault() const {
-  const Entry& top = m_entries.back();
   ZQName ns;
-  if (top.map && top.map->find(ZQName(), ns)) return ns;
-  return answerBelowTop(&m_defaults);
+  if (answersDefault(m_entries.back(), ns)) return ns;
+  if (!m_indexLog.empty() && answerBelowTop(&m_defaults, ns)) return ns;
+  for (int depth = walkedBelowTop() - 1; depth >= 0; --depth)
+    if (answersDefault(m_entries[static_cast<size_t>(depth)], ns)) return ns;
+  return ZQName();
 }
 
 ZQName ZQNamespaceManager::lookupPrefix(ZQName ns) const {
-  const Entry& top = m_entries.back();
-  if (top.namespaceUri == ns && !top.prefix.isEmpty()) return top.prefix;
-  if (top.map) {
-    for (const ZQNamespaceMap::Binding& binding : *top.map) {
-      if (binding.second == ns && !binding.first.isEmpty()) return binding.first;
-    }
-  }
-  auto found = m_byNamespace.find(ns);
-  return answerBelowTop(found == m_byNamespace.end() ? nullptr : &found->second);
+  ZQName prefix;
+  if (answersNamespace(m_entries.back(), ns, prefix)) return prefix;
+  if (answerBelowTop(findStack(m_byNamespace, ns), prefix)) return prefix;
+  for (int depth = walkedBelowTop() - 1; depth >= 0; --depth)
+    if (answersNamespace(m_entries[static_cast<size_t>(depth)], ns, prefix)) return prefix;
+  return ZQName();
 }
 
 int ZQNamespaceManager::getNamespaceCount(int depth) const {
