@@ -8,6 +8,7 @@
 #include <cstring>
 #include <fstream>
 #include <string>
+#include <string_view>
 
 #include "common/ZQNameEnum.h"
 #include "common/ZQString.h"
@@ -48,54 +49,81 @@ const UnicodeString& emptyText() { return ZQEmptyString::EMPTY_VALUE; }
 
 bool isXmlSpace(char16_t c) { return c == 0x20 || c == 0x09 || c == 0x0A || c == 0x0D; }
 
-// Gathers the bytes of one write in a small buffer of its own and hands them to the stream's
-// buffer in blocks, without a sentry or a call per byte. The first refused block marks the
-// stream bad, and nothing more of the call is written, as with put.
+// Gathers the bytes of one write and hands them to the stream's buffer in blocks, without a
+// sentry or a call per byte. The bytes gather in a small buffer of the sink's own or, for an
+// output file of the serializer's own, straight in the serializer's block, which goes to the
+// file whenever it fills. The first refused block marks the stream bad, and nothing more of
+// the call is written, as with put.
 class ByteSink {
  public:
-  explicit ByteSink(std::ostream& out) : m_out(&out), m_buf(out.rdbuf()) {}
+  explicit ByteSink(std::ostream& out)
+      : m_out(&out), m_buf(out.rdbuf()), m_start(m_bytes), m_cur(m_bytes), m_end(m_bytes + kSize) {}
+  /// Writes on in `block`, of which `used` bytes are taken; drain leaves the bytes there and
+  /// records in `used` how many there are.
+  ByteSink(std::ostream& out, char* block, size_t size, size_t& used)
+      : m_out(&out),
+        m_buf(out.rdbuf()),
+        m_start(block),
+        m_cur(block + used),
+        m_end(block + size),
+        m_kept(&used) {}
   /// Gathers into `text` instead of a stream.
-  explicit ByteSink(std::string& text) : m_out(nullptr), m_buf(nullptr), m_text(&text) {}
+  explicit ByteSink(std::string& text)
+      : m_out(nullptr),
+        m_buf(nullptr),
+        m_text(&text),
+        m_start(m_bytes),
+        m_cur(m_bytes),
+        m_end(m_bytes + kSize) {}
   ByteSink(const ByteSink&) = delete;
   ByteSink& operator=(const ByteSink&) = delete;
 
   void put(char c) {
-    if (m_used == kSize) drain();
-    m_bytes[m_used++] = c;
+    if (m_cur == m_end) spill();
+    *m_cur++ = c;
   }
   void write(const char* text, size_t n) {
-    if (n > kSize - m_used) {
-      drain();
-      if (n > kSize) {
+    if (n > static_cast<size_t>(m_end - m_cur)) {
+      spill();
+      if (n > static_cast<size_t>(m_end - m_start)) {
         send(text, n);
         return;
       }
     }
-    std::memcpy(m_bytes + m_used, text, n);
-    m_used += n;
+    std::memcpy(m_cur, text, n);
+    m_cur += n;
   }
+  void write(std::string_view text) { write(text.data(), text.size()); }
   /// Code units known to be below 128, one byte each.
   void writeNarrow(const char16_t* chars, size_t n) {
     while (n > 0) {
-      if (m_used == kSize) drain();
-      size_t k = std::min(n, kSize - m_used);
-      char* to = m_bytes + m_used;
+      if (m_cur == m_end) spill();
+      size_t k = std::min(n, static_cast<size_t>(m_end - m_cur));
+      char* to = m_cur;
       for (size_t i = 0; i < k; ++i) to[i] = static_cast<char>(chars[i]);
-      m_used += k;
+      m_cur += k;
       chars += k;
       n -= k;
     }
   }
-  /// Hands what is gathered to the stream; to be called before the sink goes.
+  /// Ends the write: a block keeps its bytes for later, any other buffer hands them over.
+  /// To be called before the sink goes.
   void drain() {
-    if (m_used) send(m_bytes, m_used);
-    m_used = 0;
+    if (m_kept) {
+      *m_kept = static_cast<size_t>(m_cur - m_start);
+      return;
+    }
+    spill();
   }
 
  private:
   static constexpr size_t kSize = 2048;
   static constexpr size_t kShort = 48;
 
+  void spill() {
+    if (m_cur != m_start) send(m_start, static_cast<size_t>(m_cur - m_start));
+    m_cur = m_start;
+  }
   void send(const char* bytes, size_t n) {
     if (m_text) {
       m_text->append(bytes, n);
@@ -123,8 +151,11 @@ class ByteSink {
   std::ostream* m_out;
   std::streambuf* m_buf;
   std::string* m_text = nullptr;
+  char* m_start;
+  char* m_cur;
+  char* m_end;
+  size_t* m_kept = nullptr;
   bool m_failed = false;
-  size_t m_used = 0;
   char m_bytes[kSize];
 };
 
@@ -237,12 +268,15 @@ void appendChars(ByteSink& out, const char16_t* chars, int length, int flags, bo
   }
 }
 
-void appendText(ByteSink& out, const UnicodeString& text, int flags, bool asciiOnly) {
-  appendChars(out, text.getBuffer(), text.length(), flags, asciiOnly);
+// A sink for the serializer's output: its block, when it has one for a file it opened, else a
+// buffer of the sink's own in front of the caller's stream.
+ByteSink outputSink(std::ostream& stream, char* block, size_t size, size_t& used) {
+  if (block) return ByteSink(stream, block, size, used);
+  return ByteSink(stream);
 }
 
-ByteSink sinkFor(std::string& pending, std::ostream& stream, bool owned) {
-  return owned ? ByteSink(pending) : ByteSink(stream);
+void appendText(ByteSink& out, const UnicodeString& text, int flags, bool asciiOnly) {
+  appendChars(out, text.getBuffer(), text.length(), flags, asciiOnly);
 }
 
 // A qualified name as written in markup: "prefix:local", or the local name alone.
@@ -256,25 +290,18 @@ void appendQName(ByteSink& out, const std::string* prefix, const std::string& lo
 
 }  // namespace
 
-// Into a file of its own the serializer writes through m_pending, handed to the file in large
-// blocks: nobody else can see that stream before it is flushed or closed. A caller's stream
-// gets every write at once, as it is made.
-void ZQXmlSerializerImpl::wrote() {
-  if (m_pending.size() >= kPendingLimit) flushPending();
-}
-
 void ZQXmlSerializerImpl::flushPending() noexcept {
-  if (m_pending.empty()) return;
+  if (m_blockUsed == 0) return;
   try {
     if (m_output && m_output->good()) {
       ByteSink out(*m_output);
-      out.write(m_pending.data(), m_pending.size());
+      out.write(m_block.get(), m_blockUsed);
       out.drain();
     }
   } catch (...) {
     // A stream that throws on failure keeps its state; the next write reports it.
   }
-  m_pending.clear();
+  m_blockUsed = 0;
 }
 
 ZQXmlSerializerImpl::ZQXmlSerializerImpl()
@@ -342,7 +369,7 @@ void ZQXmlSerializerImpl::reset() {
   }
   m_pendingAttributes.clear();
   m_nameBytes.clear();
-  m_pending.clear();
+  m_blockUsed = 0;
   m_output = nullptr;
   m_state = STATE_RESET;
 }
@@ -379,6 +406,7 @@ void ZQXmlSerializerImpl::setOutput(const UnicodeString& fileName, const Unicode
   }
   m_output = file;
   m_ownsOutput = true;
+  if (!m_block) m_block.reset(new char[kBlockSize]);
   checkStream();
   m_encoding = encoding;
   m_standalone = standalone;
@@ -403,13 +431,8 @@ void ZQXmlSerializerImpl::setOutput(std::ostream& stream, const UnicodeString& e
   m_state = STATE_OUTPUT_SET;
 }
 
-void ZQXmlSerializerImpl::checkStream() {
-  if (!m_output) {
-    throwCommonError(69, ZQSRC_SERIALIZER_CHECK_STREAM, emptyText(), emptyText());
-  }
-  if (!m_output->good()) {
-    throwCommonError(71, ZQSRC_SERIALIZER_CHECK_STREAM, emptyText(), emptyText());
-  }
+void ZQXmlSerializerImpl::streamFailed() {
+  throwCommonError(m_output ? 71 : 69, ZQSRC_SERIALIZER_CHECK_STREAM, emptyText(), emptyText());
 }
 
 void ZQXmlSerializerImpl::startDocument(const UnicodeString& encoding,
@@ -749,58 +772,75 @@ void ZQXmlSerializerImpl::setGenerator(const UnicodeString& text) { m_generator 
 
 void ZQXmlSerializerImpl::writeAscii(const char* text) {
   checkStream();
-  ByteSink out = sinkFor(m_pending, *m_output, m_ownsOutput);
+  ByteSink out =
+      outputSink(*m_output, m_ownsOutput ? m_block.get() : nullptr, kBlockSize, m_blockUsed);
   out.write(text, std::strlen(text));
   out.drain();
-  wrote();
 }
 
 const std::string& ZQXmlSerializerImpl::nameBytes(ZQName name, int spare) {
-  // Names repeat all through a document: each is encoded once per output, which also spares
-  // the name table's lock on every look-up of a run-time name.
-  const bool asciiOnly = m_outputEncoding != OUTPUT_UTF8;
-  if (asciiOnly != m_nameBytesAscii) {
-    m_nameBytes.clear();
-    m_nameBytesAscii = asciiOnly;
-  }
   const auto index = static_cast<size_t>(static_cast<ZQNameEnum>(name));
   std::string* bytes = &m_nameSpare[spare & 1];
-  if (index < kNameCacheLimit) {
-    if (index >= m_nameBytes.size()) m_nameBytes.resize(index + 1);
+  if (index < m_nameBytes.size()) {
     bytes = &m_nameBytes[index];
     if (!bytes->empty()) return *bytes;
   }
   bytes->clear();
   ByteSink out(*bytes);
-  appendText(out, name.toString(), 0, asciiOnly);
+  appendText(out, name.toString(), 0, m_nameBytesAscii);
   out.drain();
   return *bytes;
 }
 
-void ZQXmlSerializerImpl::writeMarkupName(const char* before, ZQName prefix, ZQName localName,
-                                          const char* after) {
+void ZQXmlSerializerImpl::qnameBytes(ZQName prefix, ZQName localName,
+                                     const std::string*& prefixBytes,
+                                     const std::string*& localBytes) {
+  // Names repeat all through a document: each is encoded once per output, which also spares
+  // the name table's lock on every look-up of a run-time name. The table grows before either
+  // name is looked up, so that the first one's bytes stay in place.
+  const bool asciiOnly = m_outputEncoding != OUTPUT_UTF8;
+  if (asciiOnly != m_nameBytesAscii) {
+    m_nameBytes.clear();
+    m_nameBytesAscii = asciiOnly;
+  }
+  const auto largest =
+      static_cast<size_t>(std::max(static_cast<unsigned>(static_cast<ZQNameEnum>(prefix)),
+                                   static_cast<unsigned>(static_cast<ZQNameEnum>(localName))));
+  if (largest >= m_nameBytes.size() && largest < kNameCacheLimit) m_nameBytes.resize(largest + 1);
+  prefixBytes = prefix.isEmpty() ? nullptr : &nameBytes(prefix, 0);
+  localBytes = &nameBytes(localName, 1);
+}
+
+void ZQXmlSerializerImpl::writeMarkupName(std::string_view before, ZQName prefix, ZQName localName,
+                                          std::string_view after) {
   checkStream();
-  ByteSink out = sinkFor(m_pending, *m_output, m_ownsOutput);
-  out.write(before, std::strlen(before));
-  appendQName(out, prefix.isEmpty() ? nullptr : &nameBytes(prefix, 0), nameBytes(localName, 1));
-  out.write(after, std::strlen(after));
+  const std::string* prefixBytes;
+  const std::string* localBytes;
+  qnameBytes(prefix, localName, prefixBytes, localBytes);
+  ByteSink out =
+      outputSink(*m_output, m_ownsOutput ? m_block.get() : nullptr, kBlockSize, m_blockUsed);
+  out.write(before);
+  appendQName(out, prefixBytes, *localBytes);
+  out.write(after);
   out.drain();
-  wrote();
 }
 
 void ZQXmlSerializerImpl::writeAttribute(ZQName prefix, ZQName localName,
                                          const UnicodeString& value) {
   // One gathering for the whole attribute: its pieces are small.
   checkStream();
-  ByteSink out = sinkFor(m_pending, *m_output, m_ownsOutput);
+  const std::string* prefixBytes;
+  const std::string* localBytes;
+  qnameBytes(prefix, localName, prefixBytes, localBytes);
+  ByteSink out =
+      outputSink(*m_output, m_ownsOutput ? m_block.get() : nullptr, kBlockSize, m_blockUsed);
   const bool asciiOnly = m_outputEncoding != OUTPUT_UTF8;
   out.put(' ');
-  appendQName(out, prefix.isEmpty() ? nullptr : &nameBytes(prefix, 0), nameBytes(localName, 1));
+  appendQName(out, prefixBytes, *localBytes);
   out.write("=\"", 2);
   appendText(out, value, ATTRIBUTE_FLAGS, asciiOnly);
   out.put('"');
   out.drain();
-  wrote();
 }
 
 void ZQXmlSerializerImpl::writeText(const UnicodeString& text, int flags) {
@@ -811,10 +851,10 @@ void ZQXmlSerializerImpl::writeText(const UnicodeString& text, int flags) {
 void ZQXmlSerializerImpl::writeChars(const char16_t* chars, int length, int flags) {
   checkStream();
   if (!chars || length <= 0) return;
-  ByteSink out = sinkFor(m_pending, *m_output, m_ownsOutput);
+  ByteSink out =
+      outputSink(*m_output, m_ownsOutput ? m_block.get() : nullptr, kBlockSize, m_blockUsed);
   appendChars(out, chars, length, flags, m_outputEncoding != OUTPUT_UTF8);
   out.drain();
-  wrote();
 }
 
 }  // namespace ZQCommonNS

@@ -2,11 +2,13 @@
 // straight to a standard stream, with no buffer of its own.
 #pragma once
 
-#include <deque>
 #include <map>
+#include <memory>
 #include <ostream>
 #include <string>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 #include "common/ZQExport.h"
 #include "common/ZQName.h"
@@ -118,7 +120,10 @@ class ZQCOMMON_API ZQXmlSerializerImpl : public ZQXmlSerializer {
   void reset();
   void endOutput();
   /// Raises 69 without a stream, 71 when it has failed.
-  void checkStream();
+  void checkStream() {
+    if (!m_output || !m_output->good()) streamFailed();
+  }
+  [[noreturn]] void streamFailed();
   /// Closes an open start tag with ">" or, for an empty element, "/>".
   void finishStartTag(bool empty);
   /// Removes a context that setPrefix opened for an element that never came.
@@ -133,9 +138,11 @@ class ZQCOMMON_API ZQXmlSerializerImpl : public ZQXmlSerializer {
   void writeAscii(const char* text);
   void writeText(const UnicodeString& text, int flags);
   void writeChars(const char16_t* chars, int length, int flags);
-  void writeMarkupName(const char* before, ZQName prefix, ZQName localName, const char* after);
+  void writeMarkupName(std::string_view before, ZQName prefix, ZQName localName,
+                       std::string_view after);
   const std::string& nameBytes(ZQName name, int spare);
-  void wrote();
+  void qnameBytes(ZQName prefix, ZQName localName, const std::string*& prefixBytes,
+                  const std::string*& localBytes);
   void flushPending() noexcept;
   void writeAttribute(ZQName prefix, ZQName localName, const UnicodeString& value);
 
@@ -152,16 +159,16 @@ class ZQCOMMON_API ZQXmlSerializerImpl : public ZQXmlSerializer {
   OutputEncoding m_outputEncoding;
   /// The state that a setPrefix found, given back when its context is dropped.
   int m_stateBeforePrefixes;
-  // The bytes of each name written to this output, by name number. A deque, so that a name's
-  // bytes stay in place while another name is added. Names above the limit are encoded each
-  // time into one of the spare strings.
+  // The bytes of each name written to this output, by name number. Names above the limit are
+  // encoded each time into one of the spare strings.
   static constexpr size_t kNameCacheLimit = 1u << 16;
-  std::deque<std::string> m_nameBytes;
+  std::vector<std::string> m_nameBytes;
   bool m_nameBytesAscii = false;
   std::string m_nameSpare[2];
   // Bytes bound for an output file of the serializer's own, handed over in large blocks.
-  static constexpr size_t kPendingLimit = 65536;
-  std::string m_pending;
+  static constexpr size_t kBlockSize = 65536;
+  std::unique_ptr<char[]> m_block;
+  size_t m_blockUsed = 0;
 };
 
 }  // namespace ZQCommonNS
