@@ -103,9 +103,13 @@ void ZQDocument::doLoad(ZQNode* into, bool pull) {
   m_skipDepth = 0;
   target->setFlag(FLAG_LOADING, true);
   target->removeAllChildNodes();
-  if (!pull)
+  if (!pull) {
+    // Held once for the whole load, so that each loadNextNode only re-enters it: the
+    // re-entry of a lock its thread holds takes no atomic operation.
+    ZQMutex guard(m_lock);
     while (loadNextNode()) {
     }
+  }
 }
 
 }  // namespace ZQCommonNS

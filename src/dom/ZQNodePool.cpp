@@ -5,6 +5,8 @@
 // allocator, so that a use after free is still caught.
 #include "dom/ZQNodePool.h"
 
+#include <atomic>
+#include <cstdint>
 #include <mutex>
 #include <new>
 
@@ -46,12 +48,19 @@ struct Cache {
   bool gone;  // the thread's exit has flushed the lists: frees now go to the depot
 };
 
-thread_local Cache t_cache;
+// The initial-exec model reads the cache at a fixed offset from the thread pointer, where the
+// default model for a shared library calls __tls_get_addr on every allocation. It takes a few
+// hundred bytes of the static TLS space that the C library keeps for such libraries.
+__attribute__((tls_model("initial-exec"))) thread_local Cache t_cache;
 
 struct Depot {
   std::mutex lock;
   FreeObject* lists[kClasses] = {};
+  // One bit per size class that may have objects, read without the lock: a thread that runs
+  // dry takes the lock only when the depot may have something for it.
+  std::atomic<uint32_t> stocked{0};
 };
+static_assert(kClasses <= 32, "one bit of the stocked mask per size class");
 
 // Never destroyed: objects may be freed by static destructors of any order.
 Depot& depot() {
@@ -64,6 +73,7 @@ void pushDepot(std::size_t index, FreeObject* head, FreeObject* tail) {
   std::lock_guard<std::mutex> guard(d.lock);
   tail->next = d.lists[index];
   d.lists[index] = head;
+  d.stocked.fetch_or(1u << index, std::memory_order_relaxed);
 }
 
 void flushCache() {
@@ -77,6 +87,7 @@ void flushCache() {
     while (tail->next) tail = tail->next;
     tail->next = d.lists[i];
     d.lists[i] = head;
+    d.stocked.fetch_or(1u << i, std::memory_order_relaxed);
     c.lists[i] = nullptr;
   }
   c.gone = true;
@@ -86,19 +97,20 @@ struct ExitFlush {
   ~ExitFlush() { flushCache(); }
 };
 
-void* refill(std::size_t index, std::size_t bytes) {
-  Cache& c = t_cache;
+void* refill(Cache& c, std::size_t index, std::size_t bytes) {
   if (!c.registered) {
     c.registered = true;
     thread_local ExitFlush flusher;
     (void)&flusher;
   }
-  {
-    Depot& d = depot();
+  Depot& d = depot();
+  // A stale bit costs one look under the lock; a bit set just now is seen at a later refill.
+  if (d.stocked.load(std::memory_order_relaxed) & (1u << index)) {
     std::lock_guard<std::mutex> guard(d.lock);
     if (FreeObject* head = d.lists[index]) {
       // Take the whole list: the next allocations of this size are then local again.
       d.lists[index] = nullptr;
+      d.stocked.fetch_and(~(1u << index), std::memory_order_relaxed);
       c.lists[index] = head->next;
       return head;
     }
@@ -123,7 +135,7 @@ void* allocate(std::size_t size) {
     c.lists[index] = head->next;
     return head;
   }
-  return refill(index, (index + 1) * kGrain);
+  return refill(c, index, (index + 1) * kGrain);
 }
 
 void deallocate(void* p, std::size_t size) noexcept {
