@@ -17,6 +17,7 @@
 #include "common/ZQNamedValueMap.h"
 #include "common/ZQXmlSerializer.h"
 #include "core/ZQCommonError.h"
+#include "xml/ZQXmlParserImpl.h"
 
 using namespace ZQCommonNS;
 using zqtest::s8;
@@ -444,6 +445,32 @@ TEST(DocumentLoad, AppendChildExReplacement) {
   // An element put in place continues the load; a text in its place counts as a refusal.
   doc->loadXml(u("<r><swapelement><in/></swapelement><swaptext><gone/></swaptext><end/></r>"));
   EXPECT_EQ(shape(doc.get()), "<r><other><in></></>instead<end></></>");
+}
+
+// The library's parser with its attribute values marked: a derived parser keeps its say over
+// what the loader reads, although the library's own one is read in place.
+class MarkingParser : public ZQXmlParserImpl {
+ public:
+  UnicodeString getAttributeValue(int index) override {
+    return ZQXmlParserImpl::getAttributeValue(index) + u"!";
+  }
+  using ZQXmlParser::getAttributeValue;
+};
+
+TEST(DocumentLoad, ADerivedParserIsAskedForItsAttributeValues) {
+  for (bool derived : {false, true}) {
+    ZQPtr<ZQDocument> doc(new ZQDocument());
+    if (derived) doc->setParser(ZQPtr<ZQXmlParser>(new MarkingParser()).get());
+    doc->loadXml(u("<r a='x' xmlns:p='urn:p' p:b='y'><e c='z'/></r>"));
+    ZQElement* root = doc->getDocumentElement();
+    ASSERT_NE(root, nullptr);
+    const char16_t* mark = derived ? u"!" : u"";
+    EXPECT_EQ(root->getAttribute(ZQName(u("a"))).toString(), u("x") + mark);
+    EXPECT_EQ(root->getAttributeNS(ZQName(u("urn:p")), ZQName(u("b"))).toString(), u("y") + mark);
+    auto* child = static_cast<ZQElement*>(root->getFirstChild());
+    ASSERT_NE(child, nullptr);
+    EXPECT_EQ(child->getAttribute(ZQName(u("c"))).toString(), u("z") + mark);
+  }
 }
 
 TEST(DocumentLoad, SkipInForceAtEndOfDocumentEndsTheLoad) {

@@ -1,10 +1,13 @@
 // The document's loader: the load entry points and loadNextNode, which turns the parser's next
 // events into at most one new node, so that eager and pulled loads build the same tree.
+#include <typeinfo>
+
 #include "common/ZQDocument.h"
 #include "common/ZQElement.h"
 #include "common/ZQStrStream.h"
 #include "common/ZQXmlUtil.h"
 #include "core/ZQCommonError.h"
+#include "xml/ZQXmlParserImpl.h"
 
 namespace ZQCommonNS {
 
@@ -18,6 +21,12 @@ bool isWholeDocument(const ZQNode* into, const ZQDocument* document) {
 void markDone(ZQNode* node) {
   node->setFlag(ZQNode::FLAG_LOADING, false);
   node->setFlag(ZQNode::FLAG_LOAD_DONE, true);
+}
+
+// The parser when it is exactly the library's own, whose attributes may be read in place.
+const ZQXmlParserImpl* ownParser(const ZQXmlParser* parser) {
+  return &typeid(*parser) == &typeid(ZQXmlParserImpl) ? static_cast<const ZQXmlParserImpl*>(parser)
+                                                      : nullptr;
 }
 
 UnicodeString attributeText(const ZQElement* element, ZQName name) {
@@ -123,9 +132,17 @@ ZQNode* ZQDocument::loadNextNode() {
         element->setSourceColumnNumber(parser->getColumnNumber());
         // Every attribute is in place before the element is shown to the tree.
         int count = parser->getAttributeCount();
-        for (int i = 0; i < count; ++i) {
-          element->setAttributeEx(parser->getAttributeNamespace(i), parser->getAttributePrefix(i),
-                                  parser->getAttributeName(i), parser->getAttributeValue(i));
+        if (const ZQXmlParserImpl* own = ownParser(parser)) {
+          for (int i = 0; i < count; ++i) {
+            const ZQXmlAttribute& attribute = own->attributeAt(i);
+            element->setAttributeEx(attribute.namespaceUri, attribute.prefix, attribute.localName,
+                                    attribute.value);
+          }
+        } else {
+          for (int i = 0; i < count; ++i) {
+            element->setAttributeEx(parser->getAttributeNamespace(i), parser->getAttributePrefix(i),
+                                    parser->getAttributeName(i), parser->getAttributeValue(i));
+          }
         }
 
         if (ns != ZQN_NS_XINCLUDE) {

@@ -135,6 +135,11 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   ZQName getPrefix() override;
   bool isEmptyElementTag() override;
   int getAttributeCount() override;
+  /// The attribute at `index` (0 to getAttributeCount() - 1, unchecked) where it lies, for the
+  /// library's own readers: the value is not copied as getAttributeValue copies it.
+  const ZQXmlAttribute& attributeAt(int index) const {
+    return m_attributes[static_cast<size_t>(index)];
+  }
   ZQName getAttributeNamespace(int index) override;
   ZQName getAttributeName(int index) override;
   ZQName getAttributePrefix(int index) override;
