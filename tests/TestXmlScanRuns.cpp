@@ -133,10 +133,23 @@ const char* const kDocuments[] = {
     "<r>\n\t<a>1</a >\n\t<b>2</b\n>\n</r>\n",
 };
 
+// Text longer than the blocks a run is read in, with line feeds on both sides of their edges.
+std::string longTextDocument() {
+  std::string text = "<r>";
+  for (int i = 0; i < 700; ++i) {
+    text += "word";
+    text += static_cast<char>('a' + i % 26);
+    text += (i % 37 == 0 || i % 101 == 5) ? '\n' : ' ';
+  }
+  return text + "&amp;tail\n</r>";
+}
+
 TEST(XmlScanRuns, ChunkedReadingMatchesReadingFromOneBuffer) {
-  for (const char* document : kDocuments) {
+  std::vector<std::string> documents(std::begin(kDocuments), std::end(kDocuments));
+  documents.push_back(longTextDocument());
+  for (const std::string& document : documents) {
     const std::string whole = transcript(document, 1u << 20);
-    for (size_t chunk : {1u, 2u, 3u, 5u, 7u, 16u}) {
+    for (size_t chunk : {1u, 2u, 3u, 5u, 7u, 16u, 33u, 2049u}) {
       EXPECT_EQ(transcript(document, chunk), whole) << "chunk " << chunk << " of: " << document;
     }
   }
@@ -151,6 +164,25 @@ TEST(XmlScanRuns, InputEndingAnywhereInATagIsNotReadPast) {
     ExactBuf exact(prefix);
     EXPECT_EQ(transcript(exact), transcript(prefix, 1u << 20)) << prefix;
   }
+}
+
+TEST(XmlScanRuns, LongTextKeepsItsCharactersAndLines) {
+  const std::string document = longTextDocument();
+  ChunkedBuf buf(document, 1u << 20);
+  std::istream in(&buf);
+  ZQPtr<ZQXmlParser> parser = ZQXmlParser::createXmlParser();
+  parser->setInput(in, UnicodeString(), UnicodeString());
+  ASSERT_EQ(parser->next(), ZQXmlParser::START_TAG);
+  ASSERT_EQ(parser->next(), ZQXmlParser::TEXT);
+  std::string expected = document.substr(3, document.size() - 3 - 4);
+  expected.replace(expected.find("&amp;"), 5, "&");
+  EXPECT_EQ(text(parser->getText()), expected);
+  ASSERT_EQ(parser->next(), ZQXmlParser::END_TAG);
+  // Every line feed of the text counted once, whatever block of the run it fell in.
+  const auto feeds = std::count(document.begin(), document.end(), '\n');
+  EXPECT_EQ(parser->getLineNumber(), 1 + static_cast<int>(feeds));
+  // The end tag, after the last line feed, is all of the last line so far.
+  EXPECT_EQ(parser->getColumnNumber(), 4);
 }
 
 TEST(XmlScanRuns, PositionsAfterRunsCountLinesAndColumns) {

@@ -18,6 +18,10 @@
 
 namespace ZQCommonNS {
 
+namespace xmlscan {
+struct RunLines;
+}
+
 /// One attribute of the current start tag.
 struct ZQXmlAttribute {
   ZQName prefix;
@@ -234,6 +238,11 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   inline void takeBulk(const unsigned char* bytes, size_t count);
   /// The position part of takeBulk.
   inline void countBulk(const unsigned char* bytes, size_t count);
+  /// The stream part of takeBulk: moves the get area on by `count`.
+  inline void bumpBulk(size_t count);
+  /// Line and column after `count` bulk bytes whose line feeds are known.
+  inline void positionAfter(const unsigned char* bytes, size_t count,
+                            const xmlscan::RunLines& lines);
   /// readChar for everything but the plain case: pushback text, other encodings, line ends,
   /// the character test and the end of an input.
   UChar32 readCharSlow();

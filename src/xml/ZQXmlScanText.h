@@ -61,34 +61,6 @@ inline size_t byteRun(const unsigned char* p, const unsigned char* end, uint8_t 
   return static_cast<size_t>(q - p);
 }
 
-/// Length of the run of BYTE_TEXT bytes at the start of [p, end), sixteen at a time.
-inline size_t textRun(const unsigned char* p, const unsigned char* end) {
-  const unsigned char* q = p;
-#ifdef __SSE2__
-  const __m128i low = _mm_set1_epi8(0x1F);
-  const __m128i high = _mm_set1_epi8(0x7F);
-  const __m128i lt = _mm_set1_epi8('<');
-  const __m128i amp = _mm_set1_epi8('&');
-  const __m128i bracket = _mm_set1_epi8(']');
-  const __m128i tab = _mm_set1_epi8('\t');
-  const __m128i lf = _mm_set1_epi8('\n');
-  while (end - q >= 16) {
-    __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(q));
-    // Signed compares: bytes from 0x80 up are negative and fail the first.
-    __m128i printable = _mm_and_si128(_mm_cmpgt_epi8(v, low), _mm_cmplt_epi8(v, high));
-    __m128i markup = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, lt), _mm_cmpeq_epi8(v, amp)),
-                                  _mm_cmpeq_epi8(v, bracket));
-    __m128i spaces = _mm_or_si128(_mm_cmpeq_epi8(v, tab), _mm_cmpeq_epi8(v, lf));
-    __m128i good = _mm_or_si128(_mm_andnot_si128(markup, printable), spaces);
-    unsigned mask = static_cast<unsigned>(_mm_movemask_epi8(good));
-    if (mask != 0xFFFF) return static_cast<size_t>(q - p) + __builtin_ctz(~mask);
-    q += 16;
-  }
-#endif
-  while (q < end && (kByteClasses.bits[*q] & BYTE_TEXT)) ++q;
-  return static_cast<size_t>(q - p);
-}
-
 /// Length of the run of BYTE_LITERAL bytes at the start of [p, end), sixteen at a time.
 inline size_t literalRun(const unsigned char* p, const unsigned char* end) {
   const unsigned char* q = p;
@@ -114,6 +86,20 @@ inline size_t literalRun(const unsigned char* p, const unsigned char* end) {
   return static_cast<size_t>(q - p);
 }
 
+/// Number of bits set in each byte value. __builtin_popcount, without the POPCNT instruction
+/// that the baseline processor lacks, is a library call.
+struct BitCountTable {
+  uint8_t counts[256] = {};
+  constexpr BitCountTable() {
+    for (int b = 1; b < 256; ++b) counts[b] = static_cast<uint8_t>((b & 1) + counts[b >> 1]);
+  }
+};
+inline constexpr BitCountTable kBitCounts;
+
+inline unsigned bitCount16(unsigned mask) {
+  return kBitCounts.counts[mask & 0xFF] + kBitCounts.counts[(mask >> 8) & 0xFF];
+}
+
 /// Number of line feeds in [p, end).
 inline size_t countLineFeeds(const unsigned char* p, const unsigned char* end) {
   size_t n = 0;
@@ -121,12 +107,100 @@ inline size_t countLineFeeds(const unsigned char* p, const unsigned char* end) {
   const __m128i lf = _mm_set1_epi8('\n');
   for (; end - p >= 16; p += 16) {
     __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-    n += static_cast<size_t>(
-        __builtin_popcount(static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(v, lf)))));
+    n += bitCount16(static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(v, lf))));
   }
 #endif
   for (; p < end; ++p) n += *p == '\n';
   return n;
+}
+
+/// The line feeds of a run: how many, and where the last one is (null when there is none).
+struct RunLines {
+  size_t count = 0;
+  const unsigned char* last = nullptr;
+};
+
+/// Appends the run of BYTE_TEXT bytes at the start of [p, end) to `target`, widened straight
+/// into its buffer, and notes the run's line feeds: one pass over the bytes, sixteen at a
+/// time. Returns the run's length.
+inline size_t appendTextRun(UnicodeString& target, const unsigned char* p, const unsigned char* end,
+                            RunLines& lines) {
+  // The buffer is taken a block at a time, so that a short run does not reserve room for
+  // the whole rest of the input.
+  constexpr size_t kBlock = 2048;
+  const unsigned char* const start = p;
+  while (p < end) {
+    const size_t chunk = std::min(static_cast<size_t>(end - p), kBlock);
+    const int32_t length = target.length();
+    if (length > 0x3FFFFFFF - static_cast<int32_t>(kBlock)) break;  // left to readChar
+    const int32_t needed = length + static_cast<int32_t>(chunk);
+    int32_t capacity = needed;
+    if (needed > target.getCapacity()) capacity = needed + needed / 2 + 32;
+    // Kept contents: a buffer that must grow or is shared is copied with them.
+    char16_t* out = target.getBuffer(capacity);
+    if (!out) break;
+    out += length;
+    size_t i = 0;
+    bool stopped = false;
+#ifdef __SSE2__
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i low = _mm_set1_epi8(0x1F);
+    const __m128i high = _mm_set1_epi8(0x7F);
+    const __m128i lt = _mm_set1_epi8('<');
+    const __m128i amp = _mm_set1_epi8('&');
+    const __m128i bracket = _mm_set1_epi8(']');
+    const __m128i tab = _mm_set1_epi8('\t');
+    const __m128i lf = _mm_set1_epi8('\n');
+    for (; i + 16 <= chunk; i += 16) {
+      const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + i));
+      // Signed compares: bytes from 0x80 up are negative and fail the first.
+      const __m128i printable = _mm_and_si128(_mm_cmpgt_epi8(v, low), _mm_cmplt_epi8(v, high));
+      const __m128i markup = _mm_or_si128(
+          _mm_or_si128(_mm_cmpeq_epi8(v, lt), _mm_cmpeq_epi8(v, amp)), _mm_cmpeq_epi8(v, bracket));
+      const __m128i feeds = _mm_cmpeq_epi8(v, lf);
+      const __m128i good = _mm_or_si128(_mm_andnot_si128(markup, printable),
+                                        _mm_or_si128(_mm_cmpeq_epi8(v, tab), feeds));
+      // Stored whole: bytes past the run's end land in room the buffer has, and the length
+      // set below leaves them out.
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i), _mm_unpacklo_epi8(v, zero));
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i + 8), _mm_unpackhi_epi8(v, zero));
+      const unsigned mask = static_cast<unsigned>(_mm_movemask_epi8(good));
+      unsigned feedMask = static_cast<unsigned>(_mm_movemask_epi8(feeds));
+      unsigned taken = 16;
+      if (mask != 0xFFFF) {
+        taken = static_cast<unsigned>(__builtin_ctz(~mask));
+        feedMask &= (1u << taken) - 1;
+        stopped = true;
+      }
+      if (feedMask) {
+        lines.count += bitCount16(feedMask);
+        lines.last = p + i + (31 - __builtin_clz(feedMask));
+      }
+      if (stopped) {
+        i += taken;
+        break;
+      }
+    }
+#endif
+    if (!stopped) {
+      for (; i < chunk; ++i) {
+        const unsigned char c = p[i];
+        if (!(kByteClasses.bits[c] & BYTE_TEXT)) {
+          stopped = true;
+          break;
+        }
+        out[i] = c;
+        if (c == '\n') {
+          ++lines.count;
+          lines.last = p + i;
+        }
+      }
+    }
+    target.releaseBuffer(length + static_cast<int32_t>(i));
+    p += i;
+    if (stopped) break;
+  }
+  return static_cast<size_t>(p - start);
 }
 
 /// Widens ASCII bytes to UTF-16.
@@ -207,6 +281,10 @@ inline bool ZQXmlParserImpl::bulkWindow(const unsigned char*& begin, const unsig
 
 inline void ZQXmlParserImpl::takeBulk(const unsigned char* bytes, size_t count) {
   countBulk(bytes, count);
+  bumpBulk(count);
+}
+
+inline void ZQXmlParserImpl::bumpBulk(size_t count) {
   std::streambuf* buf = m_stream->rdbuf();
   // gbump takes an int: a run longer than that goes in steps.
   while (count > 0) {
@@ -218,25 +296,29 @@ inline void ZQXmlParserImpl::takeBulk(const unsigned char* bytes, size_t count) 
 
 inline void ZQXmlParserImpl::countBulk(const unsigned char* bytes, size_t count) {
   // Bulk bytes are ASCII other than CR: only the line feed moves the line.
-  const void* last;
+  xmlscan::RunLines lines;
   if (count <= 16) {
     // Short runs (names, values, a separator) are looked at in place.
-    last = nullptr;
     for (size_t i = count; i-- > 0;) {
       if (bytes[i] == '\n') {
-        last = bytes + i;
+        lines.last = bytes + i;
         break;
       }
     }
   } else {
-    last = memrchr(bytes, '\n', count);
+    lines.last = static_cast<const unsigned char*>(memrchr(bytes, '\n', count));
   }
-  if (!last) {
+  if (lines.last) lines.count = xmlscan::countLineFeeds(bytes, lines.last + 1);
+  positionAfter(bytes, count, lines);
+}
+
+inline void ZQXmlParserImpl::positionAfter(const unsigned char* bytes, size_t count,
+                                           const xmlscan::RunLines& lines) {
+  if (!lines.last) {
     m_columnNumber += static_cast<int>(count);
   } else {
-    const unsigned char* lineEnd = static_cast<const unsigned char*>(last);
-    m_lineNumber += static_cast<int>(xmlscan::countLineFeeds(bytes, lineEnd + 1));
-    m_columnNumber = static_cast<int>(bytes + count - (lineEnd + 1));
+    m_lineNumber += static_cast<int>(lines.count);
+    m_columnNumber = static_cast<int>(bytes + count - (lines.last + 1));
   }
 }
 

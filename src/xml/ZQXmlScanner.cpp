@@ -560,11 +560,12 @@ void ZQXmlParserImpl::parseText() {
     const unsigned char* begin;
     const unsigned char* end;
     if (!topLevel && bulkBytes(begin, end)) {
-      size_t run = xmlscan::textRun(begin, end);
+      text.flush();
+      xmlscan::RunLines lines;
+      const size_t run = xmlscan::appendTextRun(m_textBuffer, begin, end, lines);
       if (run > 0) {
-        text.flush();
-        xmlscan::appendBytes(m_textBuffer, begin, run);
-        takeBulk(begin, run);
+        positionAfter(begin, run, lines);
+        bumpBulk(run);
         if (begin + run == end) continue;
       }
     }
