@@ -191,12 +191,18 @@ ZQNode* ZQDocument::loadNextNode() {
         continue;
       }
 
-      case ZQXmlParser::TEXT:
-        if (ZQNode* text = parent->appendChildText(parser->getText())) {
+      case ZQXmlParser::TEXT: {
+        // The library's own parser lends its text buffer: the node copies what it keeps.
+        const ZQXmlParserImpl* own = ownParser(parser);
+        const UnicodeString* lent = own ? own->textInPlace() : nullptr;
+        ZQNode* text =
+            lent ? parent->appendChildText(*lent) : parent->appendChildText(parser->getText());
+        if (text) {
           m_lastLoadingNode = text;
           return text;
         }
         continue;  // a derived class refused the text
+      }
 
       case ZQXmlParser::PROCESSING_INSTRUCTION: {
         ZQPtr<ZQProcessingInstruction> pi =

@@ -8,22 +8,33 @@ namespace ZQCommonNS {
 
 // ---- ZQTextNode ----
 
-ZQTextNode::ZQTextNode(ZQDocument* ownerDocument, const UnicodeString& text)
-    : ZQNode(ownerDocument), m_text(text), m_bidiLevel(-1) {
-  // A copy may share a buffer that was grown while the text was read, with room to spare
-  // that the node would keep for its whole life: such a text gets a buffer of its own size.
-  // Texts up to 27 units live inside the string object and have no buffer to trim.
+namespace {
+
+// A text may share a buffer that was grown while it was read, with room to spare that the
+// node would keep for its whole life: such a text gets a buffer of its own size. Texts up to
+// 27 units live inside the string object and have no buffer to trim.
+bool needsExactCopy(const UnicodeString& text) {
   constexpr int32_t kInlineUnits = 27;
-  const int32_t length = m_text.length();
-  const int32_t capacity = m_text.getCapacity();
-  if (capacity > kInlineUnits && capacity - length > length / 8 + 16) {
-    // Appending to a string made with a given capacity is the one way to an exact buffer:
-    // ICU's other copies grow by a quarter.
-    UnicodeString exact(length, 0, 0);
-    exact.append(text.getBuffer(), length);
-    m_text = std::move(exact);
-  }
+  const int32_t length = text.length();
+  const int32_t capacity = text.getCapacity();
+  return capacity > kInlineUnits && capacity - length > length / 8 + 16;
 }
+
+UnicodeString exactCopy(const UnicodeString& text) {
+  // Appending to a string made with a given capacity is the one way to an exact buffer: ICU's
+  // other copies grow by a quarter.
+  const int32_t length = text.length();
+  UnicodeString exact(length, 0, 0);
+  exact.append(text.getBuffer(), length);
+  return exact;
+}
+
+}  // namespace
+
+ZQTextNode::ZQTextNode(ZQDocument* ownerDocument, const UnicodeString& text)
+    : ZQNode(ownerDocument),
+      m_text(needsExactCopy(text) ? exactCopy(text) : text),
+      m_bidiLevel(-1) {}
 
 ZQTextNode::~ZQTextNode() = default;
 

@@ -144,6 +144,12 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   const ZQXmlAttribute& attributeAt(int index) const {
     return m_attributes[static_cast<size_t>(index)];
   }
+  /// The text of a text event where it lies, when getText would hand out the whole text
+  /// buffer; null otherwise, and getText is to be asked.
+  const UnicodeString* textInPlace() const {
+    return m_eventType == TEXT && m_cachedText.isBogus() && m_textStart <= 0 ? &m_textBuffer
+                                                                             : nullptr;
+  }
   ZQName getAttributeNamespace(int index) override;
   ZQName getAttributeName(int index) override;
   ZQName getAttributePrefix(int index) override;
