@@ -473,6 +473,32 @@ TEST(DocumentLoad, ADerivedParserIsAskedForItsAttributeValues) {
   }
 }
 
+// A text node that answers its text in capitals, made by its own document.
+class ShoutingText : public ZQTextNode {
+ public:
+  using ZQTextNode::ZQTextNode;
+  UnicodeString getText() const override {
+    UnicodeString text = ZQTextNode::getText();
+    return text.toUpper();
+  }
+};
+
+class ShoutingDocument : public ZQDocument {
+ public:
+  ZQPtr<ZQTextNode> createTextNode(const UnicodeString& text) override {
+    return ZQPtr<ZQTextNode>(new ShoutingText(this, text));
+  }
+};
+
+TEST(DocumentSave, ADerivedTextNodeIsSavedThroughItsGetText) {
+  ZQPtr<ZQDocument> plain(new ZQDocument());
+  plain->loadXml(u("<r>quiet <b>words</b></r>"));
+  EXPECT_EQ(plain->saveXml(plain->getDocumentElement()), u("<r>quiet <b>words</b></r>"));
+  ZQPtr<ZQDocument> shouting(new ShoutingDocument());
+  shouting->loadXml(u("<r>quiet <b>words</b></r>"));
+  EXPECT_EQ(shouting->saveXml(shouting->getDocumentElement()), u("<r>QUIET <b>WORDS</b></r>"));
+}
+
 TEST(DocumentLoad, SkipInForceAtEndOfDocumentEndsTheLoad) {
   ZQPtr<ZQDocument> doc(new PickyDocument());
   ZQPtr<ScriptParser> parser(new ScriptParser({{ZQXmlParser::START_TAG, "r", 1},

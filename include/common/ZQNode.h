@@ -308,6 +308,9 @@ class ZQCOMMON_API ZQTextNode : public ZQNode {
 
   /// The stored bidi level, -1 before bidiDone.
   int getBidiLevel() const { return m_bidiLevel; }
+  /// The stored text where it lies, without the copy getText makes; what a derived class
+  /// answers through getText may differ.
+  const UnicodeString& storedText() const { return m_text; }
 
  private:
   UnicodeString m_text;

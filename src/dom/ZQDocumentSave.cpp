@@ -148,7 +148,11 @@ void ZQDocument::doSave(ZQNode* node, bool startOnly) {
         }
         break;
       case TEXT_NODE:
-        serializer->text(current->getText());
+        // The library's own text node is written from where its text lies.
+        if (isLibraryText(current))
+          serializer->text(static_cast<const ZQTextNode*>(current)->storedText());
+        else
+          serializer->text(current->getText());
         break;
       case PROCESSING_INSTRUCTION_NODE:
         serializer->processingInstruction(current->getLocalName(), current->getText());

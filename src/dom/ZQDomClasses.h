@@ -15,6 +15,8 @@ inline bool isLibraryAttr(const ZQNode* node) {
   return type == &typeid(Attr) || type == &typeid(AttrNS);
 }
 
+inline bool isLibraryText(const ZQNode* node) { return &typeid(*node) == &typeid(ZQTextNode); }
+
 inline bool isLibraryElement(const ZQNode* node) {
   const std::type_info* type = &typeid(*node);
   return type == &typeid(ElementNS) || type == &typeid(Element);
