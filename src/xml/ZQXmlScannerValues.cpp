@@ -82,23 +82,54 @@ ZQName ZQXmlParserImpl::readName() {
   return internName(buffer, length);
 }
 
+namespace {
+
+// The cache's key of a name: its length and the characters at both ends, which tell apart the
+// names a document uses (a run of names such as "item1", "item2" differs in its last ones)
+// without a hash over every character. A collision costs only a look-up in the shared table.
+template <class Char>
+uint32_t nameCacheKey(const Char* text, size_t length) {
+  uint32_t key = static_cast<uint32_t>(length) * 0x9E3779B1u;
+  if (length > 0) {
+    key ^= static_cast<uint32_t>(text[0]) * 0x85EBCA6Bu;
+    key ^= static_cast<uint32_t>(text[length - 1]) * 0xC2B2AE35u;
+  }
+  if (length > 2) {
+    key ^= static_cast<uint32_t>(text[1]) * 0x27D4EB2Fu;
+    key ^= static_cast<uint32_t>(text[length - 2]) * 0x165667B1u;
+  }
+  return key ^ (key >> 15) ^ (key >> 23);
+}
+
+}  // namespace
+
 ZQName ZQXmlParserImpl::internName(const char16_t* text, int length) {
-  uint32_t hash = 2166136261u;
-  for (int i = 0; i < length; ++i) hash = (hash ^ text[i]) * 16777619u;
   if (!m_nameCache) m_nameCache.reset(new NameCacheSlot[kNameCacheSlots]);
-  NameCacheSlot& slot = m_nameCache[(hash ^ (hash >> 16)) & (kNameCacheSlots - 1)];
+  NameCacheSlot& slot =
+      m_nameCache[nameCacheKey(text, static_cast<size_t>(length)) & (kNameCacheSlots - 1)];
   if (slot.length == length &&
       std::char_traits<char16_t>::compare(slot.text, text, static_cast<size_t>(length)) == 0)
     return slot.name;
   ZQName name(ZQNameTable::getSharedNameEnum(UnicodeString(text, length)));
-  std::char_traits<char16_t>::copy(slot.text, text, static_cast<size_t>(length));
-  slot.length = length;
-  slot.name = name;
+  if (length <= kNameCacheKeyMax) {
+    std::char_traits<char16_t>::copy(slot.text, text, static_cast<size_t>(length));
+    slot.length = length;
+    slot.name = name;
+  }
   return name;
 }
 
 ZQName ZQXmlParserImpl::internBytes(const unsigned char* bytes, size_t length) {
   if (length > static_cast<size_t>(kNameCacheKeyMax)) return ZQName();
+  if (m_nameCache) {
+    // Compared with the cached text as they are, without widening them first.
+    const NameCacheSlot& slot = m_nameCache[nameCacheKey(bytes, length) & (kNameCacheSlots - 1)];
+    if (slot.length == static_cast<int>(length)) {
+      size_t i = 0;
+      while (i < length && slot.text[i] == bytes[i]) ++i;
+      if (i == length) return slot.name;
+    }
+  }
   char16_t text[kNameCacheKeyMax];
   for (size_t i = 0; i < length; ++i) text[i] = bytes[i];
   return internName(text, static_cast<int>(length));
