@@ -131,6 +131,8 @@ const char* const kDocuments[] = {
     "<r>\x01 bad \x7F del</r>",
     "<r a=\"unterminated></r>",
     "<r>\n\t<a>1</a >\n\t<b>2</b\n>\n</r>\n",
+    "<r>\n<e\n a=\"1\"\n\tb='2' \n c = \"3\"\n/><f  g='1'\n\n/></r>",
+    "<r a='1'\n b='2'\n c='3' d></r>",
 };
 
 // Text longer than the blocks a run is read in, with line feeds on both sides of their edges.

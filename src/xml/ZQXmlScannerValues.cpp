@@ -228,7 +228,14 @@ bool ZQXmlParserImpl::readPlainAttribute(ZQXmlAttribute& attribute, BulkWindow& 
   const unsigned char* const end = current.end;
   std::streambuf* const buf = current.buf;
   const unsigned char* p = begin;
-  p += byteRun(p, end, xmlscan::BYTE_SPACE);
+  // Only the whitespace runs may hold line feeds: names and plain values hold none.
+  bool feeds = false;
+  auto spaces = [&p, end, &feeds]() {
+    const unsigned char* from = p;
+    p += byteRun(p, end, xmlscan::BYTE_SPACE);
+    for (const unsigned char* q = from; q < p; ++q) feeds |= *q == '\n';
+  };
+  spaces();
   if (pushed == END_OF_INPUT && p == begin) {
     window.atTagEnd = p != end && (*p == '/' || *p == '>');
     return false;
@@ -250,10 +257,10 @@ bool ZQXmlParserImpl::readPlainAttribute(ZQXmlAttribute& attribute, BulkWindow& 
     ++p;
     if (!name(second, secondLength)) return false;
   }
-  p += byteRun(p, end, xmlscan::BYTE_SPACE);
+  spaces();
   if (p == end || *p != '=') return false;
   ++p;
-  p += byteRun(p, end, xmlscan::BYTE_SPACE);
+  spaces();
   if (p == end || (*p != '"' && *p != '\'')) return false;
   const unsigned char quote = *p++;
   const unsigned char* value = p;
@@ -278,7 +285,10 @@ bool ZQXmlParserImpl::readPlainAttribute(ZQXmlAttribute& attribute, BulkWindow& 
   xmlscan::assignBytes(attribute.value, value, valueLength);
   m_pushedChar = END_OF_INPUT;
   const size_t taken = static_cast<size_t>(p - begin);
-  countBulk(begin, taken);
+  if (feeds)
+    countBulk(begin, taken);
+  else
+    m_columnNumber += static_cast<int>(taken);
   // A run inside the get area: well below what gbump takes.
   xmlscan::StreamBufAccess::bump(buf, static_cast<int>(taken));
   window.buf = buf;
