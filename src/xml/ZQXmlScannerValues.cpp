@@ -189,7 +189,14 @@ bool ZQXmlParserImpl::readPlainQName(ZQName& prefix, ZQName& local) {
   ++p;
   prefix = first;
   local = second;
-  takeBulk(begin, static_cast<size_t>(p - begin));
+  // A name holds no line feed: only the character after it may be one.
+  const size_t taken = static_cast<size_t>(p - begin);
+  if (next == '\n') {
+    takeBulk(begin, taken);
+  } else {
+    m_columnNumber += static_cast<int>(taken);
+    bumpBulk(taken);
+  }
   m_pushedChar = next;
   return true;
 }
