@@ -187,6 +187,45 @@ TEST(XmlScanRuns, LongTextKeepsItsCharactersAndLines) {
   EXPECT_EQ(parser->getColumnNumber(), 4);
 }
 
+// Every event's type and text, as next() gives them.
+std::string textEvents(const std::string& document) {
+  ChunkedBuf buf(document, 1u << 20);
+  std::istream in(&buf);
+  ZQPtr<ZQXmlParser> parser = ZQXmlParser::createXmlParser();
+  parser->setFeature(ZQXmlParser::FEATURE_SKIP_EXTERNAL_DTD, true);
+  std::string log;
+  parser->setCallbackError(collectError, &log);
+  parser->setInput(in, UnicodeString(), UnicodeString());
+  for (int guard = 0; guard < 100; ++guard) {
+    ZQXmlParser::EventType type = parser->next();
+    log += std::to_string(type);
+    if (type == ZQXmlParser::TEXT) log += "[" + text(parser->getText()) + "]";
+    log += " ";
+    if (type == ZQXmlParser::END_DOCUMENT) break;
+  }
+  return log;
+}
+
+TEST(XmlScanRuns, EntityCharactersJoinTheTextTheyStandIn) {
+  const std::string tags = std::to_string(ZQXmlParser::START_TAG) + " ";
+  const std::string text = std::to_string(ZQXmlParser::TEXT);
+  const std::string endTag = std::to_string(ZQXmlParser::END_TAG) + " ";
+  const std::string end = std::to_string(ZQXmlParser::END_DOCUMENT) + " ";
+  // The five predefined entities, alone, in a row and around text: one text each time.
+  EXPECT_EQ(textEvents("<r>a&amp;b&lt;c&gt;d&quot;e&apos;f</r>"),
+            tags + text + "[a&b<c>d\"e'f] " + endTag + end);
+  EXPECT_EQ(textEvents("<r>&amp;&lt;&gt;</r>"), tags + text + "[&<>] " + endTag + end);
+  EXPECT_EQ(textEvents("<r>&amp;</r>"), tags + text + "[&] " + endTag + end);
+  // Declared ones: a plain character, a value that holds a reference to amp, markup, and
+  // a bracket that may begin "]]>", which is read as input.
+  EXPECT_EQ(textEvents("<!DOCTYPE r [<!ENTITY x \"y\"><!ENTITY a \"&#38;amp;\">"
+                       "<!ENTITY m \"<i>t</i>\"><!ENTITY b \"]\">]>"
+                       "<r>&x;z&a;&m;&b;</r>"),
+            tags + text + "[yz&] " + tags + text + "[t] " + endTag + text + "[]] " + endTag + end);
+  EXPECT_NE(textEvents("<!DOCTYPE r [<!ENTITY b \"]\">]><r>&b;]></r>").find("error 144"),
+            std::string::npos);
+}
+
 TEST(XmlScanRuns, PositionsAfterRunsCountLinesAndColumns) {
   // A text run with line feeds inside: the position after it is on its last line.
   ChunkedBuf buf("<r>ab\ncd\nefg<x/></r>", 1u << 20);

@@ -349,7 +349,9 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   /// ends the document.
   EventType endOfInput();
   /// Under next(): an entity reference is read in place, as text put back or a pushed input.
-  void expandEntity();
+  /// Expands the entity of an ENTITY_REF; returns the one plain character its value adds
+  /// when that goes straight into the text, END_OF_INPUT when the value is read as input.
+  UChar32 expandEntity();
   /// Skips whitespace; true when there was any.
   bool skipSpaces();
   /// The rest of an empty-element tag after its "/".

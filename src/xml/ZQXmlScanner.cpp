@@ -171,6 +171,7 @@ ZQXmlParser::EventType ZQXmlParserImpl::next() {
     EventType t = nextToken();
     if (t < TEXT || t > DOCDECL) return t;
     bool merge = false;
+    UChar32 expanded = END_OF_INPUT;
     switch (t) {
       case TEXT:
       case CDSECT:
@@ -180,7 +181,7 @@ ZQXmlParser::EventType ZQXmlParserImpl::next() {
         if (m_entityName.isEmpty()) {
           merge = true;  // the character is in the buffer
         } else {
-          expandEntity();
+          expanded = expandEntity();
         }
         break;
       case PROCESSING_INSTRUCTION:
@@ -193,7 +194,10 @@ ZQXmlParser::EventType ZQXmlParserImpl::next() {
     if (!merge) {
       // What was skipped leaves no text; text before it joins text after it.
       m_textBuffer.truncate(m_textStart);
-      if (m_textStart < 1) continue;
+      if (expanded != END_OF_INPUT)
+        m_textBuffer.append(expanded);
+      else if (m_textStart < 1)
+        continue;
     }
     m_eventType = TEXT;
     int ahead = peekToken();
@@ -205,24 +209,50 @@ ZQXmlParser::EventType ZQXmlParserImpl::next() {
   }
 }
 
-void ZQXmlParserImpl::expandEntity() {
+namespace {
+
+// The one character that a value read as input would add to the text, when that is plain: a
+// printable ASCII character that no markup rule looks at, or the character references that
+// lt and amp are kept as. Anything else is read as input.
+UChar32 plainValueChar(const UnicodeString& value) {
+  if (value.length() == 1) {
+    const char16_t c = value.charAt(0);
+    if (c >= 0x20 && c < 0x7F && c != u'<' && c != u'&' && c != u']') return c;
+    return ZQXmlParserImpl::END_OF_INPUT;
+  }
+  if (value == u"&#38;") return u'&';
+  if (value == u"&#60;") return u'<';
+  return ZQXmlParserImpl::END_OF_INPUT;
+}
+
+}  // namespace
+
+UChar32 ZQXmlParserImpl::expandEntity() {
   UnicodeString value = lookupEntity(m_entityName, false);
   if (value.isBogus()) {
     throwError(515, m_entityName.toString(), UnicodeString());
     value = UnicodeString();
   }
   if (m_entities.externalGeneralEntities.count(m_entityName) == 0) {
+    if (value.isEmpty() || !guardExpansion(m_entityName, value.length())) return END_OF_INPUT;
+    // A plain character inside an element goes straight into the text: read as input it
+    // would add just that, and leave the position and the guard's marks as they are now.
+    if (getDepth() > 0) {
+      const UChar32 c = plainValueChar(value);
+      if (c != END_OF_INPUT) return c;
+    }
     // Scanned as if it stood in the input, so markup inside entities works.
-    if (!value.isEmpty() && guardExpansion(m_entityName, value.length())) unreadText(value);
-    return;
+    unreadText(value);
+    return END_OF_INPUT;
   }
   if (m_features[FEATURE_FORBID_EXTERNAL_ENTITIES]) {
     UnicodeString text(u"<!ENTITY ");
     text.append(m_entityName.toString()).append(u" ... \"").append(value).append(u"\"");
     throwError(516, text, UnicodeString());
-    return;
+    return END_OF_INPUT;
   }
   if (guardExpansion(m_entityName, -1)) pushStream(value, ZQName(), UnicodeString());
+  return END_OF_INPUT;
 }
 
 int ZQXmlParserImpl::peekToken() {
