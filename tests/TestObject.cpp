@@ -146,6 +146,30 @@ TEST(ZQPtr, ConvertsToRawPointerAndDereferences) {
   EXPECT_EQ(raw->getRefCount(), 2);
 }
 
+class TLeaf : public TNode {
+ public:
+  using TNode::TNode;
+};
+
+TEST(ZQPtr, MovingToABaseHolderHandsTheReferenceOn) {
+  bool destroyed = false;
+  ZQPtr<TLeaf> derived(new TLeaf(&destroyed));
+  TLeaf* raw = derived.get();
+  ZQPtr<TNode> base(std::move(derived));
+  EXPECT_TRUE(derived == nullptr);
+  EXPECT_EQ(base.get(), raw);
+  EXPECT_EQ(raw->getRefCount(), 1);
+  // A copy to a base holder still counts up.
+  ZQPtr<TLeaf> again(raw);
+  ZQPtr<TNode> copy(again);
+  EXPECT_EQ(raw->getRefCount(), 3);
+  again = nullptr;
+  copy = nullptr;
+  EXPECT_FALSE(destroyed);
+  base = nullptr;
+  EXPECT_TRUE(destroyed);
+}
+
 TEST(TypeIdentity, NumbersOfTheTreeAreFixed) {
   EXPECT_EQ(ZQObjectBase::getStaticTypeID(), 0xDF537371u);
   EXPECT_EQ(ZQRCObject::getStaticTypeID(), 0xD18D040Au);

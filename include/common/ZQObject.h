@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <type_traits>
 
 #include "common/ZQExport.h"
 #include "common/ZQTypeId.h"
@@ -94,6 +95,10 @@ class ZQPtr {
   template <class U>
   ZQPtr(const ZQPtr<U>& other) : ZQPtr(other.get()) {}
   ZQPtr(ZQPtr&& other) noexcept : m_ptr(other.m_ptr) { other.m_ptr = nullptr; }
+  /// Takes over the reference of a holder of a derived class, without a count up and down.
+  template <class U>
+  requires std::is_convertible_v<U*, T*> ZQPtr(ZQPtr<U>&& other)
+  noexcept : m_ptr(other.m_ptr) { other.m_ptr = nullptr; }
   ~ZQPtr() {
     if (m_ptr) m_ptr->release();
   }
@@ -132,6 +137,8 @@ class ZQPtr {
   bool operator!=(std::nullptr_t) const noexcept { return m_ptr != nullptr; }
 
  private:
+  template <class>
+  friend class ZQPtr;
   T* m_ptr;
 };
 

@@ -74,8 +74,8 @@ ZQPtr<ZQDocumentFragment> ZQDocument::createDocumentFragment() {
 }
 
 ZQPtr<ZQNode> ZQDocument::createTextNodeElement(const UnicodeString& text, ZQNode*) {
-  ZQPtr<ZQTextNode> node = createTextNode(text);
-  return ZQPtr<ZQNode>(node.get());
+  // The factory's reference is handed on as it is.
+  return ZQPtr<ZQNode>(createTextNode(text));
 }
 
 // ---- parser and loading ----
