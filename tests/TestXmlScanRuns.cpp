@@ -76,14 +76,20 @@ class ExactBuf : public std::streambuf {
   std::unique_ptr<char[]> m_bytes;
 };
 
+/// A parser reading `in`, whose errors go to `log` instead of stopping it.
+ZQPtr<ZQXmlParser> openParser(std::istream& in, std::string& log) {
+  ZQPtr<ZQXmlParser> parser = ZQXmlParser::createXmlParser();
+  parser->setFeature(ZQXmlParser::FEATURE_SKIP_EXTERNAL_DTD, true);
+  parser->setCallbackError(collectError, &log);
+  parser->setInput(in, UnicodeString(), UnicodeString());
+  return parser;
+}
+
 /// Every event with what a caller reads of it, positions included, as one transcript.
 std::string transcript(std::streambuf& buf) {
   std::istream in(&buf);
-  ZQPtr<ZQXmlParser> parser = ZQXmlParser::createXmlParser();
-  parser->setFeature(ZQXmlParser::FEATURE_SKIP_EXTERNAL_DTD, true);
   std::string log;
-  parser->setCallbackError(collectError, &log);
-  parser->setInput(in, UnicodeString(), UnicodeString());
+  ZQPtr<ZQXmlParser> parser = openParser(in, log);
   for (int guard = 0; guard < 10000; ++guard) {
     ZQXmlParser::EventType type = parser->next();
     std::ostringstream out;
@@ -191,11 +197,8 @@ TEST(XmlScanRuns, LongTextKeepsItsCharactersAndLines) {
 std::string textEvents(const std::string& document) {
   ChunkedBuf buf(document, 1u << 20);
   std::istream in(&buf);
-  ZQPtr<ZQXmlParser> parser = ZQXmlParser::createXmlParser();
-  parser->setFeature(ZQXmlParser::FEATURE_SKIP_EXTERNAL_DTD, true);
   std::string log;
-  parser->setCallbackError(collectError, &log);
-  parser->setInput(in, UnicodeString(), UnicodeString());
+  ZQPtr<ZQXmlParser> parser = openParser(in, log);
   for (int guard = 0; guard < 100; ++guard) {
     ZQXmlParser::EventType type = parser->next();
     log += std::to_string(type);

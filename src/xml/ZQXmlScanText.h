@@ -61,19 +61,26 @@ inline size_t byteRun(const unsigned char* p, const unsigned char* end, uint8_t 
   return static_cast<size_t>(q - p);
 }
 
+#ifdef __SSE2__
+/// Bytes from space to tilde, 0xFF in each such lane: signed compares, so bytes from 0x80
+/// up are negative and fail.
+inline __m128i printableAscii(__m128i v) {
+  return _mm_and_si128(_mm_cmpgt_epi8(v, _mm_set1_epi8(0x1F)),
+                       _mm_cmplt_epi8(v, _mm_set1_epi8(0x7F)));
+}
+#endif
+
 /// Length of the run of BYTE_LITERAL bytes at the start of [p, end), sixteen at a time.
 inline size_t literalRun(const unsigned char* p, const unsigned char* end) {
   const unsigned char* q = p;
 #ifdef __SSE2__
-  const __m128i low = _mm_set1_epi8(0x1F);
-  const __m128i high = _mm_set1_epi8(0x7F);
   const __m128i lt = _mm_set1_epi8('<');
   const __m128i amp = _mm_set1_epi8('&');
   const __m128i quote = _mm_set1_epi8('"');
   const __m128i apostrophe = _mm_set1_epi8('\'');
   while (end - q >= 16) {
     __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(q));
-    __m128i printable = _mm_and_si128(_mm_cmpgt_epi8(v, low), _mm_cmplt_epi8(v, high));
+    __m128i printable = printableAscii(v);
     __m128i stop =
         _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, lt), _mm_cmpeq_epi8(v, amp)),
                      _mm_or_si128(_mm_cmpeq_epi8(v, quote), _mm_cmpeq_epi8(v, apostrophe)));
@@ -144,8 +151,6 @@ inline size_t appendTextRun(UnicodeString& target, const unsigned char* p, const
     bool stopped = false;
 #ifdef __SSE2__
     const __m128i zero = _mm_setzero_si128();
-    const __m128i low = _mm_set1_epi8(0x1F);
-    const __m128i high = _mm_set1_epi8(0x7F);
     const __m128i lt = _mm_set1_epi8('<');
     const __m128i amp = _mm_set1_epi8('&');
     const __m128i bracket = _mm_set1_epi8(']');
@@ -153,8 +158,7 @@ inline size_t appendTextRun(UnicodeString& target, const unsigned char* p, const
     const __m128i lf = _mm_set1_epi8('\n');
     for (; i + 16 <= chunk; i += 16) {
       const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + i));
-      // Signed compares: bytes from 0x80 up are negative and fail the first.
-      const __m128i printable = _mm_and_si128(_mm_cmpgt_epi8(v, low), _mm_cmplt_epi8(v, high));
+      const __m128i printable = printableAscii(v);
       const __m128i markup = _mm_or_si128(
           _mm_or_si128(_mm_cmpeq_epi8(v, lt), _mm_cmpeq_epi8(v, amp)), _mm_cmpeq_epi8(v, bracket));
       const __m128i feeds = _mm_cmpeq_epi8(v, lf);
