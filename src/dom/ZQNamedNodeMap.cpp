@@ -3,15 +3,15 @@
 #include "common/ZQDocument.h"
 #include "common/ZQElement.h"
 #include "core/ZQCommonError.h"
+#include "core/ZQSmallPool.h"
 #include "dom/ZQDomClasses.h"
-#include "dom/ZQNodePool.h"
 
 namespace ZQCommonNS {
 
-void* AttrNodeMap::operator new(std::size_t size) { return nodepool::allocate(size); }
+void* AttrNodeMap::operator new(std::size_t size) { return smallpool::allocate(size); }
 
 void AttrNodeMap::operator delete(void* p, std::size_t size) noexcept {
-  nodepool::deallocate(p, size);
+  smallpool::deallocate(p, size);
 }
 
 namespace {

@@ -5,13 +5,13 @@
 #include "common/ZQElement.h"
 #include "common/ZQXmlUtil.h"
 #include "core/ZQCommonError.h"
-#include "dom/ZQNodePool.h"
+#include "core/ZQSmallPool.h"
 
 namespace ZQCommonNS {
 
-void* ZQNode::operator new(std::size_t size) { return nodepool::allocate(size); }
+void* ZQNode::operator new(std::size_t size) { return smallpool::allocate(size); }
 
-void ZQNode::operator delete(void* p, std::size_t size) noexcept { nodepool::deallocate(p, size); }
+void ZQNode::operator delete(void* p, std::size_t size) noexcept { smallpool::deallocate(p, size); }
 
 namespace {
 

@@ -5,11 +5,13 @@
 #include <bit>
 #include <cmath>
 #include <functional>
+#include <new>
 #include <utility>
 
 #include "common/ZQLength.h"
 #include "common/ZQNamedValueMap.h"
 #include "common/ZQValueArray.h"
+#include "core/ZQSmallPool.h"
 #include "values/ZQUnitTable.h"
 
 namespace ZQCommonNS {
@@ -27,6 +29,24 @@ constexpr float kDegPerGrad = 0.9f;
 
 constexpr ZQUtil::QuoteMode kValueQuoteMode = static_cast<ZQUtil::QuoteMode>(7);
 constexpr ZQUtil::QuoteMode kCssQuoteMode = static_cast<ZQUtil::QuoteMode>(43);
+
+// A value's string comes from the small-object pool: a loaded document holds one per
+// attribute, and the pool serves them faster and packed closer than the global heap.
+UnicodeString* newString(const UnicodeString& text) {
+  void* storage = smallpool::allocate(sizeof(UnicodeString));
+  try {
+    return new (storage) UnicodeString(text);
+  } catch (...) {
+    smallpool::deallocate(storage, sizeof(UnicodeString));
+    throw;
+  }
+}
+
+void deleteString(UnicodeString* text) noexcept {
+  if (!text) return;
+  text->~UnicodeString();
+  smallpool::deallocate(text, sizeof(UnicodeString));
+}
 
 }  // namespace
 
@@ -60,7 +80,7 @@ ZQValue::ZQValue(bool value) noexcept : ZQValue(value ? ZQN_true : ZQN_false) {}
 
 ZQValue::ZQValue(const UnicodeString& text, ZQUnitType unit)
     : m_payload{0}, m_flags(bitfield(ZQVALUE_STRING, unit, ZQN_EMPTY)) {
-  m_payload.s = new UnicodeString(text);
+  m_payload.s = newString(text);
 }
 
 ZQValue::ZQValue(ZQRCObject* object) : m_payload{0}, m_flags(0) {
@@ -90,7 +110,7 @@ ZQValue::ZQValue(ZQNamedValueMap* map) : m_payload{0}, m_flags(0) {
 void ZQValue::release() noexcept {
   switch (getValueType()) {
     case ZQVALUE_STRING:
-      delete m_payload.s;
+      deleteString(m_payload.s);
       break;
     case ZQVALUE_OBJECT:
     case ZQVALUE_ARRAY:
@@ -105,7 +125,7 @@ void ZQValue::release() noexcept {
 
 void ZQValue::copyOwned(const ZQValue& other) {
   if (getValueType() == ZQVALUE_STRING) {
-    m_payload.s = other.m_payload.s ? new UnicodeString(*other.m_payload.s) : nullptr;
+    m_payload.s = other.m_payload.s ? newString(*other.m_payload.s) : nullptr;
   } else if (m_payload.o) {
     m_payload.o->addRef();
   }

@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <string>
 
+#include "common/ZQExport.h"
+
 namespace ZQCommonNS::platform {
 
 /// Size in bytes that a recursive mutex needs inside ZQLock's storage.
@@ -16,6 +18,10 @@ void lockInit(void* storage);
 void lockDestroy(void* storage);
 void lockAcquire(void* storage);
 void lockRelease(void* storage);
+
+/// A block of `bytes` (a multiple of the page size) of zeroed memory, its pages already
+/// resident; null when the system has none. The block is never given back.
+ZQCOMMON_API void* mapFilledPages(size_t bytes);
 
 /// Text of an errno value, or empty when the system has none for it.
 std::string errnoText(unsigned long code);

@@ -3,12 +3,14 @@
 // their objects are reused. Lists of an ending thread move to a shared depot, where threads
 // that run dry look before they carve. Under AddressSanitizer every object goes to the global
 // allocator, so that a use after free is still caught.
-#include "dom/ZQNodePool.h"
+#include "core/ZQSmallPool.h"
 
 #include <atomic>
 #include <cstdint>
 #include <mutex>
 #include <new>
+
+#include "core/platform/ZQPlatform.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 #define ZQ_NODE_POOL_OFF 1
@@ -18,7 +20,7 @@
 #endif
 #endif
 
-namespace ZQCommonNS::nodepool {
+namespace ZQCommonNS::smallpool {
 
 #ifdef ZQ_NODE_POOL_OFF
 
@@ -32,8 +34,10 @@ namespace {
 constexpr std::size_t kGrain = 8;
 constexpr std::size_t kLargest = 256;
 constexpr std::size_t kClasses = kLargest / kGrain;
-// Large enough that carving is rare, small enough that a tiny document does not pay much.
-constexpr std::size_t kBlockBytes = 256 * 1024;
+// A thread's first block is small, so that a tiny document does not pay much; each next one
+// is twice as large, up to the size where carving is rare.
+constexpr std::size_t kFirstBlockBytes = 64 * 1024;
+constexpr std::size_t kLargestBlockBytes = 1024 * 1024;
 
 struct FreeObject {
   FreeObject* next;
@@ -44,6 +48,7 @@ struct Cache {
   FreeObject* lists[kClasses];
   char* bump;
   char* bumpEnd;
+  std::size_t nextBlockBytes;  // 0 before the first block
   bool registered;
   bool gone;  // the thread's exit has flushed the lists: frees now go to the depot
 };
@@ -117,8 +122,13 @@ void* refill(Cache& c, std::size_t index, std::size_t bytes) {
   }
   if (static_cast<std::size_t>(c.bumpEnd - c.bump) < bytes) {
     // The rest of the old block is left: at most one object's worth of bytes.
-    c.bump = static_cast<char*>(::operator new(kBlockBytes));
-    c.bumpEnd = c.bump + kBlockBytes;
+    const std::size_t blockBytes = c.nextBlockBytes ? c.nextBlockBytes : kFirstBlockBytes;
+    c.nextBlockBytes = blockBytes < kLargestBlockBytes ? blockBytes * 2 : kLargestBlockBytes;
+    // Objects are carved one after the other until the block is full, so its pages are
+    // made resident at once; the global allocator serves when the system has no such block.
+    void* block = platform::mapFilledPages(blockBytes);
+    c.bump = static_cast<char*>(block ? block : ::operator new(blockBytes));
+    c.bumpEnd = c.bump + blockBytes;
   }
   void* p = c.bump;
   c.bump += bytes;
@@ -158,4 +168,4 @@ void deallocate(void* p, std::size_t size) noexcept {
 
 #endif
 
-}  // namespace ZQCommonNS::nodepool
+}  // namespace ZQCommonNS::smallpool
