@@ -88,6 +88,32 @@ class SubstitutingElement : public TestElement {
   }
 };
 
+// An element that counts the children offered to its appendChild.
+class CountingAppendElement : public TestElement {
+ public:
+  using TestElement::TestElement;
+  ZQNode* appendChild(ZQNode* child) override {
+    ++appendCalls;
+    return ZQNode::appendChild(child);
+  }
+  int appendCalls = 0;
+};
+
+// A document whose text factory hands out one node it keeps, already placed in a holder.
+class ReusingTextDocument : public ZQDocument {
+ public:
+  ZQPtr<ZQNode> createTextNodeElement(const UnicodeString& text, ZQNode* parent) override {
+    if (!shared) {
+      holder = createElement(ZQName(UnicodeString(u"holder")));
+      shared = ZQDocument::createTextNodeElement(text, parent);
+      holder->appendChild(shared.get());
+    }
+    return shared;
+  }
+  ZQPtr<ZQElement> holder;
+  ZQPtr<ZQNode> shared;
+};
+
 }  // namespace
 
 // ---------------------------------------------------------------- type identity
@@ -675,6 +701,32 @@ TEST(Node, AppendChildExIsAppendChild) {
   EXPECT_EQ(p->getLastChildFast(), c.get());
   expectError([&] { p->appendChildEx(nullptr); }, 3, "SYSTEM ERROR: newChild is null.",
               "ZQCommonNS::ZQNode::appendChild");
+}
+
+TEST(Node, AppendChildTextAsksAnOverriddenAppendChild) {
+  ZQPtr<ZQDocument> doc(new ZQDocument());
+  ZQPtr<CountingAppendElement> p(new CountingAppendElement(doc.get(), ZQName(u("p"))));
+  ZQNode* t = p->appendChildText(u("abc"));
+  ASSERT_NE(t, nullptr);
+  EXPECT_EQ(p->appendCalls, 1);
+  EXPECT_EQ(p->getLastChildFast(), t);
+  EXPECT_EQ(t->getRefCount(), 1);
+}
+
+TEST(Node, AppendChildTextMovesAPlacedNodeFromItsParent) {
+  ZQPtr<ReusingTextDocument> doc(new ReusingTextDocument());
+  ZQPtr<ZQNode> p = el(doc, "p");
+  ZQNode* t = p->appendChildText(u("abc"));
+  ASSERT_NE(t, nullptr);
+  EXPECT_EQ(t->getParentNode(), p.get());
+  EXPECT_EQ(doc->holder->getFirstChildFast(), nullptr);
+  EXPECT_EQ(p->getChildNodeCount(), 1);
+  // The factory's holder and the parent: the moved node is counted once for each.
+  EXPECT_EQ(t->getRefCount(), 2);
+  // Asked again, the same node moves to its own parent's end and is not counted again.
+  EXPECT_EQ(p->appendChildText(u("abc")), t);
+  EXPECT_EQ(p->getChildNodeCount(), 1);
+  EXPECT_EQ(t->getRefCount(), 2);
 }
 
 TEST(Node, AppendChildTextGoesThroughTheDocument) {

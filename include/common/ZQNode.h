@@ -273,6 +273,11 @@ class ZQCOMMON_API ZQNode : public ZQRCObject {
   bool isChildHere(const ZQNode* node) const;
   void detachFromOldParent(ZQNode* newChild);
   void releaseChildren();
+  /// True when `child` may go in by adoptLastChild: a node of this node's document, not this
+  /// node, with no parent, and this node keeps the library's own appendChild.
+  bool mayAdopt(const ZQNode* child) const;
+  /// Links `child` as the last child, taking over the caller's reference to it.
+  ZQNode* adoptLastChild(ZQNode* child);
 };
 
 /// A run of character data.

@@ -7,6 +7,7 @@
 #include "common/ZQStrStream.h"
 #include "common/ZQXmlUtil.h"
 #include "core/ZQCommonError.h"
+#include "dom/ZQDomClasses.h"
 #include "xml/ZQXmlParserImpl.h"
 
 namespace ZQCommonNS {
@@ -146,9 +147,15 @@ ZQNode* ZQDocument::loadNextNode() {
         }
 
         if (ns != ZQN_NS_XINCLUDE) {
-          ZQNode* placed = parent->appendChildEx(element.get());
-          if (placed && placed != element.get() && !placed->isA(ZQElement::getStaticTypeID()))
-            placed = nullptr;
+          ZQNode* placed;
+          if (parent->mayAdopt(element.get())) {
+            // The factory's reference goes into the tree as it is.
+            placed = parent->adoptLastChild(giveUpReference(std::move(element)));
+          } else {
+            placed = parent->appendChildEx(element.get());
+            if (placed && placed != element.get() && !placed->isA(ZQElement::getStaticTypeID()))
+              placed = nullptr;
+          }
           if (placed) {
             m_lastLoadingNode = placed;
             return placed;

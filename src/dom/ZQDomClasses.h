@@ -2,7 +2,9 @@
 // operations, so code inside the library may use their fields without the virtual road.
 #pragma once
 
+#include <new>
 #include <typeinfo>
+#include <utility>
 
 #include "common/ZQElement.h"
 
@@ -20,6 +22,14 @@ inline bool isLibraryText(const ZQNode* node) { return &typeid(*node) == &typeid
 inline bool isLibraryElement(const ZQNode* node) {
   const std::type_info* type = &typeid(*node);
   return type == &typeid(ElementNS) || type == &typeid(Element);
+}
+
+/// The object of `held`, whose reference now belongs to the caller: the holder is moved into
+/// storage that is never destroyed, so it never releases.
+template <class T>
+T* giveUpReference(ZQPtr<T>&& held) {
+  alignas(ZQPtr<T>) unsigned char slot[sizeof(ZQPtr<T>)];
+  return (new (slot) ZQPtr<T>(std::move(held)))->get();
 }
 
 }  // namespace ZQCommonNS

@@ -34,14 +34,6 @@ ZQName valueAsName(const ZQValue& value) { return value.isNull() ? ZQName() : va
 
 ZQValue stringValue(const UnicodeString& text) { return ZQValue(text, ZQUNIT_NONE); }
 
-/// The object of `held`, whose reference now belongs to the caller: the holder is moved into
-/// storage that is never destroyed, so it never releases.
-template <class T>
-T* giveUpReference(ZQPtr<T>&& held) {
-  alignas(ZQPtr<T>) unsigned char slot[sizeof(ZQPtr<T>)];
-  return (new (slot) ZQPtr<T>(std::move(held)))->get();
-}
-
 /// Calls `visit` on each attribute of `map` in ring order until it answers true; returns the
 /// attribute that stopped the walk, or null.
 template <class Visit>

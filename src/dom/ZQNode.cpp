@@ -6,6 +6,7 @@
 #include "common/ZQXmlUtil.h"
 #include "core/ZQCommonError.h"
 #include "core/ZQSmallPool.h"
+#include "dom/ZQDomClasses.h"
 
 namespace ZQCommonNS {
 
@@ -379,17 +380,26 @@ ZQNode* ZQNode::appendChild(ZQNode* newChild) {
 
   newChild->addRef();
   detachFromOldParent(newChild);
+  return adoptLastChild(newChild);
+}
+
+bool ZQNode::mayAdopt(const ZQNode* child) const {
+  return child && child != this && child->m_parent == nullptr &&
+         child->m_ownerDocument == m_ownerDocument && isLibraryElement(this);
+}
+
+ZQNode* ZQNode::adoptLastChild(ZQNode* child) {
   if (m_lastChild) {
-    newChild->m_nextSibling = m_lastChild->m_nextSibling;
-    newChild->m_previousSibling = m_lastChild;
-    m_lastChild->m_nextSibling = newChild;
+    child->m_nextSibling = m_lastChild->m_nextSibling;
+    child->m_previousSibling = m_lastChild;
+    m_lastChild->m_nextSibling = child;
   } else {
-    newChild->m_nextSibling = newChild;
-    newChild->m_previousSibling = nullptr;
+    child->m_nextSibling = child;
+    child->m_previousSibling = nullptr;
   }
-  newChild->m_parent = this;
-  m_lastChild = newChild;
-  return newChild;
+  child->m_parent = this;
+  m_lastChild = child;
+  return child;
 }
 
 ZQNode* ZQNode::appendChildEx(ZQNode* child) { return appendChild(child); }
@@ -397,6 +407,8 @@ ZQNode* ZQNode::appendChildEx(ZQNode* child) { return appendChild(child); }
 ZQNode* ZQNode::appendChildText(const UnicodeString& text) {
   ZQPtr<ZQNode> node;
   if (m_ownerDocument) node = m_ownerDocument->createTextNodeElement(text, this);
+  // The factory's reference goes into the tree as it is, without a count up and down.
+  if (mayAdopt(node.get())) return adoptLastChild(giveUpReference(std::move(node)));
   return appendChild(node.get());
 }
 
