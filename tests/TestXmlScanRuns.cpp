@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <istream>
 #include <memory>
+#include <random>
 #include <sstream>
 #include <streambuf>
 #include <string>
@@ -14,6 +15,7 @@
 
 #include "common/ZQError.h"
 #include "common/ZQXmlParser.h"
+#include "xml/ZQXmlScanText.h"
 
 using namespace ZQCommonNS;
 using icu::UnicodeString;
@@ -244,3 +246,71 @@ TEST(XmlScanRuns, PositionsAfterRunsCountLinesAndColumns) {
 }
 
 }  // namespace
+
+namespace {
+
+// What appendTextRun must give, one byte at a time: the run of text bytes (printable ASCII
+// but '<', '&' and ']', and tab and line feed), its line feeds and the last of them.
+struct ReferenceRun {
+  std::u16string text;
+  size_t count = 0;
+  long lastFeed = -1;
+};
+
+ReferenceRun referenceRun(const std::string& bytes) {
+  ReferenceRun r;
+  for (size_t i = 0; i < bytes.size(); ++i) {
+    const unsigned char c = static_cast<unsigned char>(bytes[i]);
+    const bool text =
+        (c >= 0x20 && c < 0x7F && c != '<' && c != '&' && c != ']') || c == '\t' || c == '\n';
+    if (!text) break;
+    r.text += static_cast<char16_t>(c);
+    if (c == '\n') {
+      ++r.count;
+      r.lastFeed = static_cast<long>(i);
+    }
+  }
+  return r;
+}
+
+}  // namespace
+
+TEST(XmlScanRuns, TextRunsMatchTheByteByByteRuleOnBothLoops) {
+  // Bytes that end a run, bytes that count, and plain letters, in runs of every length
+  // around the sixteen- and thirty-two-byte blocks and the 2 KB buffer blocks.
+  const std::string stops = std::string("<&]\r\x01\x7F\x80\xFF", 8) + std::string(1, '\0');
+  const bool detected = xmlscan::wideTextOn;
+  std::mt19937 rng(7);
+  for (bool wide : {false, true}) {
+    xmlscan::wideTextOn = wide && detected;
+    for (int round = 0; round < 3000; ++round) {
+      const size_t length = round < 200 ? static_cast<size_t>(round) : rng() % 5000;
+      std::string bytes;
+      for (size_t i = 0; i < length; ++i) {
+        const unsigned pick = rng() % 100;
+        if (pick < 2)
+          bytes += stops[rng() % stops.size()];
+        else if (pick < 8)
+          bytes += '\n';
+        else if (pick < 10)
+          bytes += '\t';
+        else
+          bytes += static_cast<char>('a' + rng() % 26);
+      }
+      // Some runs start in a string that already holds text.
+      UnicodeString target(round % 3 == 0 ? u"head" : u"");
+      const UnicodeString before = target;
+      std::vector<unsigned char> heap(bytes.begin(), bytes.end());
+      const unsigned char* p = heap.data();
+      xmlscan::RunLines lines;
+      const size_t run = xmlscan::appendTextRun(target, p, p + heap.size(), lines);
+      const ReferenceRun expected = referenceRun(bytes);
+      ASSERT_EQ(run, expected.text.size()) << "round " << round << " wide " << wide;
+      EXPECT_EQ(target, before + UnicodeString(expected.text.data(),
+                                               static_cast<int32_t>(expected.text.size())));
+      EXPECT_EQ(lines.count, expected.count);
+      EXPECT_EQ(lines.last ? static_cast<long>(lines.last - p) : -1L, expected.lastFeed);
+    }
+  }
+  xmlscan::wideTextOn = detected;
+}
