@@ -264,6 +264,13 @@ int ZQXmlParserImpl::peekToken() {
   // the one put back below, in one step.
   const unsigned char* begin;
   const unsigned char* end;
+  if (bulkBytes(begin, end) && m_parserType != ZQN_text &&
+      (xmlscan::kByteClasses.bits[*begin] & xmlscan::BYTE_TEXT)) {
+    // A plain text byte is left where it is for parseText to take with its run, where
+    // reading it here would put it back as a character of its own.
+    m_pendingToken = TOKEN_TEXT;
+    return m_pendingToken;
+  }
   if (bulkBytes(begin, end) && end - begin >= 2 && *begin == '<' && m_parserType != ZQN_text) {
     const unsigned char d = begin[1];
     if (d == '/' || d == '!' || d == '?') {
