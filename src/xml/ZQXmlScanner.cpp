@@ -605,6 +605,10 @@ void ZQXmlParserImpl::parseText() {
         bumpBulk(run);
         if (begin + run == end) continue;
       }
+      // A reference, or a tag after some text, ends the text where it stands: left in the
+      // stream buffer, it is read there by the next look at the input.
+      const unsigned char stop = begin[run];
+      if (stop == '&' || (stop == '<' && m_textBuffer.length() > m_textStart)) break;
     }
     UChar32 c = readChar();
     if (c == kEnd) break;
