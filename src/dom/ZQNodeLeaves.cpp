@@ -1,4 +1,5 @@
 // The small leaf nodes: text, processing instruction, document fragment.
+#include <algorithm>
 #include <utility>
 
 #include "common/ZQDocument.h"
@@ -21,11 +22,14 @@ bool needsExactCopy(const UnicodeString& text) {
 }
 
 UnicodeString exactCopy(const UnicodeString& text) {
-  // Appending to a string made with a given capacity is the one way to an exact buffer: ICU's
-  // other copies grow by a quarter.
+  // A buffer asked for with a given capacity is the one way to an exact buffer: ICU's other
+  // copies grow by a quarter.
   const int32_t length = text.length();
-  UnicodeString exact(length, 0, 0);
-  exact.append(text.getBuffer(), length);
+  UnicodeString exact;
+  char16_t* out = exact.getBuffer(length);
+  if (!out) return text;
+  std::copy_n(text.getBuffer(), length, out);
+  exact.releaseBuffer(length);
   return exact;
 }
 
