@@ -30,6 +30,16 @@ void fillAndCheck(const std::vector<Piece>& pieces) {
       ASSERT_EQ(pieces[i].p[k], static_cast<unsigned char>(i & 0xFF)) << "piece " << i;
 }
 
+// Takes `count` pieces of `size` bytes onto the end of `pieces`.
+void take(std::vector<Piece>& pieces, int count, size_t size) {
+  for (int i = 0; i < count; ++i)
+    pieces.push_back({static_cast<unsigned char*>(smallpool::allocate(size)), size});
+}
+
+void giveBack(const std::vector<Piece>& pieces) {
+  for (const Piece& piece : pieces) smallpool::deallocate(piece.p, piece.size);
+}
+
 UnicodeString numbered(int n) {
   return UnicodeString(("value number " + std::to_string(n)).c_str(), -1, US_INV);
 }
@@ -57,13 +67,12 @@ TEST(SmallPool, PiecesOfEverySizeAreAlignedAndApart) {
     EXPECT_EQ(reinterpret_cast<uintptr_t>(piece.p) % 8, 0u);
   }
   fillAndCheck(pieces);
-  for (const Piece& piece : pieces) smallpool::deallocate(piece.p, piece.size);
+  giveBack(pieces);
 }
 
 TEST(SmallPool, FreedPiecesServeAgainWithoutOverlap) {
   std::vector<Piece> pieces;
-  for (int i = 0; i < 5000; ++i)
-    pieces.push_back({static_cast<unsigned char*>(smallpool::allocate(64)), 64});
+  take(pieces, 5000, 64);
   // Free every other piece, then take as many again: old and new pieces must stay apart.
   std::vector<Piece> kept;
   for (size_t i = 0; i < pieces.size(); ++i) {
@@ -72,26 +81,21 @@ TEST(SmallPool, FreedPiecesServeAgainWithoutOverlap) {
     else
       kept.push_back(pieces[i]);
   }
-  for (int i = 0; i < 2500; ++i)
-    kept.push_back({static_cast<unsigned char*>(smallpool::allocate(64)), 64});
+  take(kept, 2500, 64);
   fillAndCheck(kept);
-  for (const Piece& piece : kept) smallpool::deallocate(piece.p, piece.size);
+  giveBack(kept);
 }
 
 TEST(SmallPool, PiecesFreedOnAnotherThreadServeThatThread) {
   std::vector<Piece> pieces;
-  std::thread maker([&pieces] {
-    for (int i = 0; i < 4000; ++i)
-      pieces.push_back({static_cast<unsigned char*>(smallpool::allocate(40)), 40});
-  });
+  std::thread maker([&pieces] { take(pieces, 4000, 40); });
   maker.join();
   fillAndCheck(pieces);
-  for (const Piece& piece : pieces) smallpool::deallocate(piece.p, piece.size);
+  giveBack(pieces);
   std::vector<Piece> again;
-  for (int i = 0; i < 4000; ++i)
-    again.push_back({static_cast<unsigned char*>(smallpool::allocate(40)), 40});
+  take(again, 4000, 40);
   fillAndCheck(again);
-  for (const Piece& piece : again) smallpool::deallocate(piece.p, piece.size);
+  giveBack(again);
 }
 
 TEST(SmallPool, LargePiecesComeFromTheGlobalAllocator) {
@@ -99,7 +103,7 @@ TEST(SmallPool, LargePiecesComeFromTheGlobalAllocator) {
   for (size_t size : {257u, 1000u, 70000u})
     pieces.push_back({static_cast<unsigned char*>(smallpool::allocate(size)), size});
   fillAndCheck(pieces);
-  for (const Piece& piece : pieces) smallpool::deallocate(piece.p, piece.size);
+  giveBack(pieces);
   smallpool::deallocate(nullptr, 64);  // a null piece is ignored
 }
 
