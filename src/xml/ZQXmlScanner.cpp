@@ -551,7 +551,13 @@ void ZQXmlParserImpl::parseEmptyTagTail() {
 void ZQXmlParserImpl::parseEndTag() {
   m_eventType = END_TAG;
   m_pendingToken = TOKEN_NONE;
-  if (isSpace(peekChar())) throwError(141, u"</", UnicodeString());
+  // A plain name's first byte is seen where it lies; anything else is read to be looked at,
+  // so that what is reported about it stands where it always did.
+  const unsigned char* begin;
+  const unsigned char* end;
+  if (!(bulkBytes(begin, end) && (xmlscan::kByteClasses.bits[*begin] & xmlscan::BYTE_NAME_START)) &&
+      isSpace(peekChar()))
+    throwError(141, u"</", UnicodeString());
   if (readPlainEndTag()) {
     const ZQNamespaceManager::Entry& closing = m_namespaces->top();
     if (getDepth() >= 2 && closing.localName == ZQN_math && closing.namespaceUri == ZQN_NS_MATHML)
