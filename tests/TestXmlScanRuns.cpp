@@ -93,7 +93,15 @@ std::string transcript(std::streambuf& buf) {
   std::string log;
   ZQPtr<ZQXmlParser> parser = openParser(in, log);
   for (int guard = 0; guard < 10000; ++guard) {
-    ZQXmlParser::EventType type = parser->next();
+    ZQXmlParser::EventType type;
+    try {
+      type = parser->next();
+    } catch (const ZQError& error) {
+      // An error the callback may not pass over ends the reading where it was met.
+      collectError(error, &log);
+      log += "thrown\n";
+      break;
+    }
     std::ostringstream out;
     out << type << " " << parser->getLineNumber() << ":" << parser->getColumnNumber();
     if (type == ZQXmlParser::START_TAG || type == ZQXmlParser::END_TAG) {
@@ -141,6 +149,12 @@ const char* const kDocuments[] = {
     "<r>\n\t<a>1</a >\n\t<b>2</b\n>\n</r>\n",
     "<r>\n<e\n a=\"1\"\n\tb='2' \n c = \"3\"\n/><f  g='1'\n\n/></r>",
     "<r a='1'\n b='2'\n c='3' d></r>",
+    // References of every kind inside text: declared plain, longer and markup values, an
+    // external one, undefined names, a redeclared amp, and forms that are not references.
+    "<!DOCTYPE r [<!ENTITY x \"y\"><!ENTITY two \"two chars\"><!ENTITY m \"<i>t</i>\">"
+    "<!ENTITY ext SYSTEM \"none.ent\"><!ENTITY amp \"&#38;#38;\"><!ENTITY sp \" \">]>"
+    "<r>a&x;b&two;c&m;d&undefined;f&amp;g&#65;h& i&x j&x:y;k&lt;&sp;&x;&x;l&ext;</r>",
+    "<r><a>&amp;&amp;</a>&amp;<b> &lt; </b>\n&gt;&quot;&apos;\n<c>&amp</c>&a-b.c_d;&1;</r>",
 };
 
 // Text longer than the blocks a run is read in, with line feeds on both sides of their edges.
@@ -158,6 +172,7 @@ TEST(XmlScanRuns, ChunkedReadingMatchesReadingFromOneBuffer) {
   std::vector<std::string> documents(std::begin(kDocuments), std::end(kDocuments));
   documents.push_back(longTextDocument());
   for (const std::string& document : documents) {
+    SCOPED_TRACE(document);
     const std::string whole = transcript(document, 1u << 20);
     for (size_t chunk : {1u, 2u, 3u, 5u, 7u, 16u, 33u, 2049u}) {
       EXPECT_EQ(transcript(document, chunk), whole) << "chunk " << chunk << " of: " << document;
@@ -229,6 +244,31 @@ TEST(XmlScanRuns, EntityCharactersJoinTheTextTheyStandIn) {
             tags + text + "[yz&] " + tags + text + "[t] " + endTag + text + "[]] " + endTag + end);
   EXPECT_NE(textEvents("<!DOCTYPE r [<!ENTITY b \"]\">]><r>&b;]></r>").find("error 144"),
             std::string::npos);
+}
+
+TEST(XmlScanRuns, NextTokenStillReportsEachReference) {
+  // next() takes plain references into the text where it reads; nextToken, asked after it
+  // on the same parser, reports them one by one.
+  const std::string document = "<r>a&amp;b<s>c&lt;d&#65;</s></r>";
+  ChunkedBuf buf(document, 1u << 20);
+  std::istream in(&buf);
+  std::string log;
+  ZQPtr<ZQXmlParser> parser = openParser(in, log);
+  ASSERT_EQ(parser->next(), ZQXmlParser::START_TAG);
+  ASSERT_EQ(parser->next(), ZQXmlParser::TEXT);
+  EXPECT_EQ(text(parser->getText()), "a&b");
+  ASSERT_EQ(parser->next(), ZQXmlParser::START_TAG);
+  std::string events;
+  for (ZQXmlParser::EventType type; (type = parser->nextToken()) != ZQXmlParser::END_TAG;) {
+    events += std::to_string(type) + "[" +
+              text(type == ZQXmlParser::TEXT ? parser->getText() : parser->getName().toString()) +
+              "] ";
+  }
+  const std::string textEvent = std::to_string(ZQXmlParser::TEXT);
+  const std::string reference = std::to_string(ZQXmlParser::ENTITY_REF);
+  EXPECT_EQ(events,
+            textEvent + "[c] " + reference + "[lt] " + textEvent + "[d] " + reference + "[#x41] ");
+  EXPECT_EQ(log, "");
 }
 
 TEST(XmlScanRuns, PositionsAfterRunsCountLinesAndColumns) {

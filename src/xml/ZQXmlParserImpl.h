@@ -352,6 +352,10 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   /// Expands the entity of an ENTITY_REF; returns the one plain character its value adds
   /// when that goes straight into the text, END_OF_INPUT when the value is read as input.
   UChar32 expandEntity();
+  /// Under next(), at the "&" of a bulk window inside an element: takes a reference to an
+  /// internal entity whose value is one plain character, as the ENTITY_REF that next()
+  /// merges would have added it. False, with nothing taken, for every other reference.
+  bool takePlainReference(const unsigned char* begin, const unsigned char* end);
   /// Skips whitespace; true when there was any.
   bool skipSpaces();
   /// The rest of an empty-element tag after its "/".
@@ -453,6 +457,7 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   ZQName m_rootName;
   UnicodeString m_textBuffer;
   int m_textStart = 0;
+  bool m_mergingText = false;  ///< next() is reading: references go into the text
   UnicodeString m_cachedText;  ///< bogus until getText builds it
   ZQPtr<ZQNamespaceManager> m_namespaces;
   std::vector<ZQXmlAttribute> m_attributes;

@@ -166,6 +166,13 @@ ZQXmlParser::EventType ZQXmlParserImpl::endOfInput() {
 
 ZQXmlParser::EventType ZQXmlParserImpl::next() {
   m_textBuffer.remove();
+  // Cleared however the reading ends, errors included: nextToken on its own reports each
+  // reference as an event.
+  struct Merging {
+    bool& flag;
+    explicit Merging(bool& f) : flag(f) { flag = true; }
+    ~Merging() { flag = false; }
+  } merging(m_mergingText);
   for (;;) {
     m_textStart = m_textBuffer.length();
     EventType t = nextToken();
@@ -234,6 +241,7 @@ UChar32 ZQXmlParserImpl::expandEntity() {
     value = UnicodeString();
   }
   if (m_entities.externalGeneralEntities.count(m_entityName) == 0) {
+    // takePlainReference follows these steps for the values it takes.
     if (value.isEmpty() || !guardExpansion(m_entityName, value.length())) return END_OF_INPUT;
     // A plain character inside an element goes straight into the text: read as input it
     // would add just that, and leave the position and the guard's marks as they are now.
@@ -253,6 +261,27 @@ UChar32 ZQXmlParserImpl::expandEntity() {
   }
   if (guardExpansion(m_entityName, -1)) pushStream(value, ZQName(), UnicodeString());
   return END_OF_INPUT;
+}
+
+bool ZQXmlParserImpl::takePlainReference(const unsigned char* begin, const unsigned char* end) {
+  // "&", an ASCII name and ";", all in the window: the one form whose reading can neither
+  // fail nor differ between syntaxes.
+  const unsigned char* name = begin + 1;
+  if (name >= end || !(xmlscan::kByteClasses.bits[*name] & xmlscan::BYTE_NAME_START)) return false;
+  const size_t length = xmlscan::byteRun(name, end, xmlscan::BYTE_NAME);
+  if (name + length >= end || name[length] != ';') return false;
+  const ZQName entity = internBytes(name, length);
+  if (entity.isEmpty()) return false;
+  const auto found = m_entities.generalEntities.find(entity);
+  if (found == m_entities.generalEntities.end() ||
+      m_entities.externalGeneralEntities.count(entity) != 0)
+    return false;
+  const UChar32 c = found->second.isEmpty() ? END_OF_INPUT : plainValueChar(found->second);
+  if (c == END_OF_INPUT) return false;
+  // Taken first, so that the guard marks the position after the reference as it would.
+  takeBulk(begin, length + 2);
+  if (guardExpansion(entity, found->second.length())) m_textBuffer.append(c);
+  return true;
 }
 
 int ZQXmlParserImpl::peekToken() {
@@ -614,6 +643,9 @@ void ZQXmlParserImpl::parseText() {
       // A reference, or a tag after some text, ends the text where it stands: left in the
       // stream buffer, it is read there by the next look at the input.
       const unsigned char stop = begin[run];
+      if (stop == '&' && m_mergingText && depth != m_baseDepth &&
+          takePlainReference(begin + run, end))
+        continue;
       if (stop == '&' || (stop == '<' && m_textBuffer.length() > m_textStart)) break;
     }
     UChar32 c = readChar();
