@@ -85,7 +85,7 @@ void ZQXmlParserImpl::startInput() {
 
 ZQXmlParser::EventType ZQXmlParserImpl::nextToken() {
   m_textBuffer.truncate(m_textStart);
-  m_cachedText.setToBogus();
+  if (!m_cachedText.isBogus()) m_cachedText.setToBogus();  // most events never fill it
   m_entityName = ZQName();
   switch (m_eventType) {
     case START_DOCUMENT:
