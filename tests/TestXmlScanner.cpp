@@ -1073,6 +1073,28 @@ TEST(XmlScanner, DroppedSectionRepeatsNoEvent) {
   EXPECT_EQ(tokens.trace(true), "<r T(a) <b/ </b </r $");
 }
 
+// An XML declaration out of place is reported and read over: the event before it is not
+// given again, so an end tag is not popped twice and the document is not started again.
+TEST(XmlScanner, MisplacedXmlDeclarationRepeatsNoEvent) {
+  const char* text = "<r><a></a><?xml version='1.0'?><b/>t<?xml version='1.0'?>u</r>";
+  Doc doc(text);
+  EXPECT_EQ(doc.trace(), "<r <a </a <b/ </b T(tu) </r $");
+  EXPECT_EQ(doc.errors.codes(), std::vector<int>({161, 161}));
+  Doc tokens(text);
+  EXPECT_EQ(tokens.trace(true), "<r <a </a <b/ </b T(t) T(u) </r $");
+  EXPECT_EQ(tokens.errors.codes(), std::vector<int>({161, 161}));
+}
+
+TEST(XmlScanner, SecondXmlDeclarationAtTheTopIsNoEvent) {
+  Doc doc("<?xml version='1.0'?><?xml version='1.0'?><r/>");
+  EXPECT_EQ(doc.trace(), "<r/ </r $");
+  // After a dropped section the event is still the start: the declaration that follows is
+  // read as one, and the scan goes on to the end instead of starting over.
+  Doc dropped("<![X[]]><?xml version='1.0'?><r/>");
+  EXPECT_EQ(dropped.trace(), "<r/ </r $");
+  EXPECT_TRUE(dropped.errors.list.empty());
+}
+
 // ---- Literals ----
 
 namespace {

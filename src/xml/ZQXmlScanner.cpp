@@ -114,7 +114,8 @@ ZQXmlParser::EventType ZQXmlParserImpl::nextToken() {
       break;
   }
   for (;;) {
-    switch (peekToken()) {
+    int token = peekToken();
+    switch (token) {
       case TOKEN_START_TAG:
         parseStartTag();
         return m_eventType;
@@ -133,14 +134,16 @@ ZQXmlParser::EventType ZQXmlParserImpl::nextToken() {
         return m_eventType;
       }
       case TOKEN_PI:
-        parsePI();
-        return m_eventType;
       case TOKEN_DECLARATION:
         m_markupDropped = false;
-        parseMarkupDecl();
-        // A section dropped in content leaves the event as it was. While next() merges text
-        // that is a TEXT adding nothing; any other event would be repeated, so the next
-        // token is read instead.
+        if (token == TOKEN_PI)
+          parsePI();
+        else
+          parseMarkupDecl();
+        // A section dropped in content, or an XML declaration out of place, leaves the event
+        // as it was. While next() merges text that is a TEXT adding nothing; any other event
+        // would be repeated (an end tag popped twice, the document started again), so the
+        // next token is read instead.
         if (m_markupDropped && !(m_eventType == TEXT && m_textStart > 0)) continue;
         return m_eventType;
       default:
@@ -767,6 +770,7 @@ void ZQXmlParserImpl::parsePI() {
   if (name == ZQN_xml) {
     parseXmlDecl();
     syntaxInputsChanged();
+    m_markupDropped = true;  // no event of its own
     return;
   }
   m_eventType = PROCESSING_INSTRUCTION;
