@@ -484,8 +484,8 @@ class ZQCOMMON_API ZQXmlParserImpl : public ZQXmlParser {
   std::unique_ptr<NameCacheSlot[]> m_nameCache;
   ZQName m_entityName;  ///< 0 at a character reference
   ZQName m_target;
-  bool m_markupDropped =
-      false;  ///< the markup just read (dropped section, XML declaration) made no event
+  /// The markup just read (a dropped section, an XML declaration) made no event.
+  bool m_markupDropped = false;
   std::deque<ZQError> m_errorQueue;
   ErrorCallback m_errorCallback = nullptr;
   void* m_errorCallbackData = nullptr;
