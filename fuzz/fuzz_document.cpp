@@ -27,6 +27,7 @@
 #include <string>
 #include <vector>
 
+#include "FuzzTextLoop.h"
 #include "common/ZQDocument.h"
 #include "common/ZQElement.h"
 #include "common/ZQError.h"
@@ -551,6 +552,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  fuzzsupport::chooseTextLoop(size);
   if (size < 2) return 0;
   Setup setup;
   setup.reportPI = (data[0] & 1) != 0;

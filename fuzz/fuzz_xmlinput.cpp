@@ -7,6 +7,7 @@
 #include <sstream>
 #include <string>
 
+#include "FuzzTextLoop.h"
 #include "common/ZQError.h"
 #include "xml/ZQXmlParserImpl.h"
 
@@ -87,6 +88,7 @@ class FuzzParser : public ZQXmlParserImpl {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  fuzzsupport::chooseTextLoop(size);
   if (size < 2) return 0;
   const UnicodeString encoding(kEncodings[data[0] % kEncodingCount]);
   const uint8_t mode = data[1];

@@ -14,6 +14,7 @@
 #include <istream>
 #include <streambuf>
 
+#include "FuzzTextLoop.h"
 #include "common/ZQError.h"
 #include "common/ZQName.h"
 #include "common/ZQNameEnum.h"
@@ -152,6 +153,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  fuzzsupport::chooseTextLoop(size);
   if (size < 3) return 0;
   const uint8_t mode = data[0];
   const unsigned features = data[1] | (static_cast<unsigned>(data[2]) << 8);

@@ -8,6 +8,7 @@
 #include <sstream>
 #include <string>
 
+#include "FuzzTextLoop.h"
 #include "common/ZQError.h"
 #include "common/ZQUri.h"
 #include "xml/ZQXmlParserImpl.h"
@@ -33,6 +34,7 @@ void ignoreError(const ZQError&, void*) {}
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  fuzzsupport::chooseTextLoop(size);
   static MemoryResolver resolver;
   static bool installed = (ZQUri::setUriReferenceResolver2(&resolver), true);
   (void)installed;

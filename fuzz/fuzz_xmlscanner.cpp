@@ -7,6 +7,7 @@
 #include <sstream>
 #include <string>
 
+#include "FuzzTextLoop.h"
 #include "common/ZQError.h"
 #include "xml/ZQXmlParserImpl.h"
 
@@ -19,6 +20,7 @@ void ignore(const ZQError&, void*) {}
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  fuzzsupport::chooseTextLoop(size);
   if (size < 1) return 0;
   uint8_t mode = data[0];
   std::string text(reinterpret_cast<const char*>(data + 1), size - 1);

@@ -47,9 +47,9 @@ struct ByteClassTable {
         bits[b] |= BYTE_NAME;
       if ((b >= 'a' && b <= 'z') || (b >= 'A' && b <= 'Z') || b == '_') bits[b] |= BYTE_NAME_START;
     }
-    bits['\t'] |= BYTE_TEXT | BYTE_SPACE;
-    bits['\n'] |= BYTE_TEXT | BYTE_SPACE;
-    bits[' '] |= BYTE_SPACE;
+    bits[static_cast<unsigned char>('\t')] |= BYTE_TEXT | BYTE_SPACE;
+    bits[static_cast<unsigned char>('\n')] |= BYTE_TEXT | BYTE_SPACE;
+    bits[static_cast<unsigned char>(' ')] |= BYTE_SPACE;
   }
 };
 inline constexpr ByteClassTable kByteClasses;
