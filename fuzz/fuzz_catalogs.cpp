@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 
+#include "FuzzTextLoop.h"
 #include "common/ZQError.h"
 #include "common/ZQUri.h"
 #include "common/ZQXmlCatalogs.h"
@@ -27,6 +28,7 @@ void countErrors(const ZQError& error, void* data) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  fuzzsupport::chooseTextLoop(size);
   if (size == 0 || size > 16384) return 0;
   static const char kHex[] = "0123456789ABCDEF";
   std::string text = "data:application/xml,";
